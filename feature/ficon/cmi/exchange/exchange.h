@@ -1,0 +1,60 @@
+/** The road of one request: send, token, drop, receive, parse, drop. */
+#pragma once
+
+#include <platform/mts.h>
+
+#include "exchange/caller.h"
+#include "wire/status.h"
+
+namespace ficon {
+
+/**
+ * What became of a send. Most senders fail with a nonzero status; those that report the
+ * transport's error number can fail with 0, hence the flag.
+ */
+struct Sent {
+  Status status;
+  bool failed;
+
+  Sent(Status result) : status(result), failed(result != 0) {}  // a status is an outcome
+  static Sent failure(Status error_number) {
+    Sent sent{error_number};
+    sent.failed = true;
+    return sent;
+  }
+};
+
+/** For blocking forms that print nothing when their sender fails. */
+inline void report_nothing(Status) {}
+
+/** Drops the request, then waits for the reply to it. */
+inline Status await_reply(const Caller& caller, mts_msg_ref_t* request, mts_msg_ref_t* reply) {
+  mts_recv_opts_t options{};
+  options.word[0] = 1;
+  options.word[2] = caller.wait;
+  options.word[3] = mts_rr_token_get(request);
+  mts_drop(caller.handle, request);
+  return ficon_cmi_mts_recv(caller.handle, reply, &options);
+}
+
+/**
+ * The blocking pattern. `send(&request)` gives a Sent or a status, `report(status)` says that it
+ * failed, `parse(&reply)` gives the result. A failed send or receive leaves nothing to drop; a
+ * failed parse still drops the reply.
+ */
+template <class Send, class Report, class Parse>
+Status exchange(const Caller& caller, Send send, Report report, Parse parse) {
+  mts_msg_ref_t request{};
+  const Sent sent = send(&request);
+  if (sent.failed) {
+    report(sent.status);
+    return sent.status;
+  }
+  mts_msg_ref_t reply{};
+  if (const Status failure = await_reply(caller, &request, &reply)) return failure;
+  const Status result = parse(&reply);
+  mts_drop(caller.handle, &reply);
+  return result;
+}
+
+}  // namespace ficon

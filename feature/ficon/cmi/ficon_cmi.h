@@ -1,0 +1,717 @@
+/**
+ * ficon-cmi: the client library of a switch's FICON function.
+ *
+ * Conventions of every function below, unless its own remark says otherwise:
+ *
+ * - The result is a status: 0 for success, a 0x4085.... code from the library
+ * itself, any other value from fcd, the transport or another platform service, unchanged. A result
+ * of -1 reads 0xffffffff in a status.
+ * - The leading parameters are the requester code (who asks: 1 the operator's command line, 2 a
+ * management agent, 3 the host), the transport handle, `word_a` and `word_b` (texts for the request
+ * header: passed on, never read) and the wait argument (passed to the transport unchanged).
+ * - A sender (`..._nonblock`, `ficon_cmi_send_...`) sends and returns; the caller drops the message
+ * in `msg` after a success, receives the reply, gives it to the matching `..._parse_...` and drops
+ * it. A blocking form does all of that on `handle` and keeps nothing.
+ * - Out parameters are required unless they are said to accept null. They are written only as
+ * stated.
+ * - Numbers in records are in host order unless marked BE (big-endian). All records are packed;
+ * take a local copy where a pointer to a member is needed.
+ * - A buffer handed out is released with `mtrack_free` by the caller.
+ * - The library keeps no state between calls but the memory tracker's hooks: any number of threads
+ * may call it, each on a handle of its own.
+ */
+#ifndef FICON_CMI_H
+#define FICON_CMI_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#define FICON_PACKED __attribute__((packed))
+
+#pragma GCC visibility push(default)
+
+#ifdef __cplusplus
+extern "C" {
+#define FICON_SIZE_IS(type, size) static_assert(sizeof(type) == (size), #type)
+#else
+#define FICON_SIZE_IS(type, size) _Static_assert(sizeof(type) == (size), #type)
+#endif
+
+typedef struct mts_handle* mts_handle_t; /* opaque; null is "handle 0" */
+typedef struct mts_msg_ref {
+  void* impl;
+} mts_msg_ref_t; /* on the caller's stack, by pointer */
+typedef struct {
+  uint32_t word[19];
+} mts_send_opts_t; /* 76 bytes */
+typedef struct {
+  uint32_t word[10];
+} mts_recv_opts_t; /* 40 bytes */
+typedef uint32_t if_index_t;
+
+typedef struct acfg_hdl* acfg_hdl_t;         /* configuration-text handle */
+typedef struct acfg_req* acfg_req_t;         /* the service's request */
+typedef struct acfg_ctx* acfg_ctx_t;         /* the service's context */
+typedef struct pss_store* pss_store_t;       /* an open store, or null */
+typedef struct pss_location* pss_location_t; /* a place in a store, or null */
+
+typedef enum {
+  TEVRAK_MEM_file_info = 0,
+  TEVRAK_MEM_dirhistbufent = 1,
+  TEVRAK_MEM_savedfilebuff = 2,
+  TEVRAK_MEM_ifindex_rng = 3,
+  TEVRAK_MEM_portinfo = 4,
+  TEVRAK_MEM_ifswapops = 5,
+  TEVRAK_MEM_setportname = 6,
+  TEVRAK_MEM_setportblock = 7,
+  TEVRAK_MEM_setprohibit_tlv = 8,
+  TEVRAK_MEM_setprohibit = 9,
+  TEVRAK_MEM_sethostdata = 10,
+  TEVRAK_MEM_pib = 11,
+  TEVRAK_MEM_vsanlist = 12,
+  TEVRAK_MEM_boxstatus = 13,
+  TEVRAK_MEM_TYPES_MAX = 14
+} __tevrak_mem_type_t;
+
+typedef struct FICON_PACKED {
+  uint32_t vsan;
+  uint8_t op;
+  uint32_t status;
+  uint32_t requester;
+  uint8_t reserved0[5];
+} ficon_fcd_lock_rec_t;
+typedef struct FICON_PACKED {
+  uint32_t vsan;
+  uint32_t state;
+  uint8_t switch_offline;
+  uint8_t host_control_switch_offline;
+  uint8_t prohibit_host_control;
+  uint8_t clock_alert_mode;
+  uint8_t user_alert_mode;
+  uint8_t prohibit_snmp;
+  uint8_t auto_save;
+  uint8_t reserved0;
+  uint32_t key_counter;
+  uint32_t codepage;
+  uint8_t reserved1[1296];
+  uint32_t tstmp_clock1;
+  uint32_t tstmp_clock2;
+  uint8_t fcid_last_byte;
+  uint8_t host_clock_set_allowed;
+  uint8_t reserved2[17];
+} ficon_cmi_vsan_cfg_t;
+typedef struct FICON_PACKED {
+  uint32_t status;
+  uint8_t reserved0;
+  uint8_t group_count;
+  uint8_t reserved1[2];
+} ficon_cmi_box_status_t;
+typedef struct FICON_PACKED {
+  uint8_t data[28];
+} ficon_cmi_box_entry_t;
+typedef struct FICON_PACKED {
+  uint8_t data[50];
+} ficon_cmi_pib_rec_t;
+typedef struct FICON_PACKED {
+  uint32_t value;
+  uint8_t byte_value;
+  uint8_t field[32];
+  uint8_t reserved0[3];
+} ficon_cmi_hist_entry_t;
+typedef struct FICON_PACKED {
+  uint32_t timeout;
+  uint32_t mih_arg;
+  uint8_t mih_op;
+  uint8_t reserved0[3];
+  uint8_t reserved1;
+} ficon_cmi_mihpto_rec_t;
+typedef struct FICON_PACKED {
+  uint8_t state;
+  uint8_t port_address;
+  if_index_t if_index;
+  uint8_t port_number;
+} ficon_cmi_portmap_entry_t;
+typedef struct FICON_PACKED {
+  uint8_t state;
+  uint8_t port_address;
+  if_index_t if_index;
+} ficon_cmi_portmap_full_entry_t;
+typedef struct FICON_PACKED {
+  if_index_t first_if;
+  if_index_t last_if;
+} ficon_cmi_ifindex_rng_t;
+typedef struct FICON_PACKED {
+  if_index_t if_index;
+  uint8_t reserved0[139];
+  uint32_t port_vsan;
+  uint32_t port_mode;
+  uint8_t reserved1[6];
+  uint8_t trunk_mode;
+  uint8_t reserved2[53];
+  uint8_t flags;
+  uint8_t reserved3[286];
+} pm_cmi_port_config_t;
+typedef struct FICON_PACKED {
+  uint8_t header[112];
+  uint32_t status;
+  uint8_t reserved0[8];
+  uint32_t count;
+} ficon_cmi_swap_reply_t;
+typedef struct FICON_PACKED {
+  uint8_t data[8];
+} ficon_cmi_swap_op_t;
+typedef struct FICON_PACKED {
+  uint8_t header[112];
+  uint32_t requester;
+  uint32_t op;
+  uint32_t vsan;
+  uint8_t file_name[8];
+  uint8_t reserved0;
+  uint32_t file_key;
+  uint32_t data_offset;
+  uint32_t status;
+  uint8_t reply_flag;
+  uint8_t reserved1[3];
+  uint8_t file_name2[8];
+  uint8_t reserved2;
+} ficon_cmi_file_req_t;
+typedef struct FICON_PACKED {
+  uint8_t reserved0[32];
+  char description[24];
+  uint8_t reserved1[72];
+} ficon_cmi_file_hdr_t;
+typedef struct FICON_PACKED {
+  uint16_t port_address;
+  uint8_t blocked;
+} ficon_cmi_port_blocked_entry_t;
+typedef struct FICON_PACKED {
+  uint32_t port_address;
+  char port_name[25];
+} ficon_cmi_port_name_entry_t;
+typedef struct FICON_PACKED {
+  uint32_t port_address;
+  uint32_t common_value;
+  uint8_t bitset[32];
+} ficon_cmi_prohibit_entry_t;
+typedef struct FICON_PACKED {
+  uint8_t reserved0[4];
+  int32_t port;
+  if_index_t if_index;
+  uint8_t reserved1[6];
+  char port_name[24];
+  uint8_t port_name_end;
+  uint8_t reserved2[64];
+} ficon_cmi_port_info_t;
+typedef struct FICON_PACKED {
+  uint8_t reserved0[33];
+  char file_name[9];
+  uint8_t reserved1[49];
+  char description[24];
+  uint8_t reserved2[81];
+} ficon_cmi_file_info_t;
+typedef struct FICON_PACKED {
+  uint16_t port_number;
+  uint16_t port_address;
+  uint8_t reserved0[16];
+} ficon_port_pn_entry_t;
+typedef struct FICON_PACKED {
+  if_index_t if_index;
+  uint8_t reserved0[47];
+} pm_port_info_brief_t;
+typedef struct FICON_PACKED {
+  uint8_t reserved0[4];
+  uint32_t status;
+} pm_fcot_info_t;
+
+FICON_SIZE_IS(mts_send_opts_t, 76);
+FICON_SIZE_IS(mts_recv_opts_t, 40);
+FICON_SIZE_IS(mts_msg_ref_t, sizeof(void*));
+FICON_SIZE_IS(__tevrak_mem_type_t, 4);
+FICON_SIZE_IS(ficon_fcd_lock_rec_t, 18);
+FICON_SIZE_IS(ficon_cmi_vsan_cfg_t, 1347);
+FICON_SIZE_IS(ficon_cmi_box_status_t, 8);
+FICON_SIZE_IS(ficon_cmi_box_entry_t, 28);
+FICON_SIZE_IS(ficon_cmi_pib_rec_t, 50);
+FICON_SIZE_IS(ficon_cmi_hist_entry_t, 40);
+FICON_SIZE_IS(ficon_cmi_mihpto_rec_t, 13);
+FICON_SIZE_IS(ficon_cmi_portmap_entry_t, 7);
+FICON_SIZE_IS(ficon_cmi_portmap_full_entry_t, 6);
+FICON_SIZE_IS(ficon_cmi_ifindex_rng_t, 8);
+FICON_SIZE_IS(pm_cmi_port_config_t, 498);
+FICON_SIZE_IS(ficon_cmi_swap_reply_t, 128);
+FICON_SIZE_IS(ficon_cmi_swap_op_t, 8);
+FICON_SIZE_IS(ficon_cmi_file_req_t, 158);
+FICON_SIZE_IS(ficon_cmi_file_hdr_t, 128);
+FICON_SIZE_IS(ficon_cmi_port_blocked_entry_t, 3);
+FICON_SIZE_IS(ficon_cmi_port_name_entry_t, 29);
+FICON_SIZE_IS(ficon_cmi_prohibit_entry_t, 40);
+FICON_SIZE_IS(ficon_cmi_port_info_t, 107);
+FICON_SIZE_IS(ficon_cmi_file_info_t, 196);
+FICON_SIZE_IS(ficon_port_pn_entry_t, 20);
+FICON_SIZE_IS(pm_port_info_brief_t, 51);
+FICON_SIZE_IS(pm_fcot_info_t, 8);
+
+/* ---- CMI request envelope and transport ---- */
+
+uint32_t ficon_cmi_mts_recv(mts_handle_t handle, mts_msg_ref_t* reply, const mts_recv_opts_t* opts);
+
+/* ---- Memory tracking and memory types ---- */
+
+void mtrack_init(uintptr_t a, uintptr_t b, uintptr_t c, uintptr_t d);
+void mtrack_uninit(uintptr_t a);
+void* mtrack_alloc(uint32_t module, uint32_t type, size_t size);
+void* mtrack_realloc(void* pointer, size_t size);
+void mtrack_free(void* pointer);
+int mtrack_ignore_alloc_abort(uintptr_t a);
+int mtrack_add_memtypename(uintptr_t a, uintptr_t b, uintptr_t c);
+int mtrack_print_stats(uintptr_t a, uintptr_t b);
+int mtrack_print_stats_uuid(uintptr_t a, uintptr_t b, uintptr_t c);
+int mtrack_cli_print_stats_uuid(uintptr_t a, uintptr_t b, uintptr_t c);
+int mtrack_cli_print_stats(uintptr_t a, uintptr_t c);
+int mtrack_cli_detail_print_stats(uintptr_t a, uintptr_t b);
+int mtrack_cli_trcbk_print_stats(uintptr_t a, uintptr_t b);
+int mtrack_cli_show_trcbk_count(uintptr_t a, uintptr_t b);
+const char* __tevrak_mem_type_t_find(uint32_t value);
+__tevrak_mem_type_t __tevrak_mem_type_t_str2enum(const char* name);
+
+/* ---- FICON-enabled check and fcd lock ---- */
+
+int32_t ficon_get_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
+int32_t ficon_free_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
+int32_t ficon_reset_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
+int32_t ficon_get_fcd_lock_status(mts_handle_t handle, uint32_t vsan, uint32_t unused,
+                                  uint32_t wait, ficon_fcd_lock_rec_t* record);
+uint32_t ficon_parse_allegiance_msg(mts_msg_ref_t* reply, ficon_fcd_lock_rec_t* record);
+
+/* ---- VSAN configuration setters ---- */
+
+uint32_t ficon_cmi_set_mode_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                     const char* word_b, uint32_t wait, uint32_t vsan,
+                                     const uint8_t* modes, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_set_mode(uint32_t requester, mts_handle_t handle, const char* word_a,
+                            const char* word_b, uint32_t wait, uint32_t vsan, const uint8_t* modes);
+uint32_t ficon_cmi_set_prohibit_host_control_nonblock(uint32_t requester, mts_handle_t handle,
+                                                      const char* word_a, const char* word_b,
+                                                      uint32_t wait, uint32_t vsan, uint8_t value,
+                                                      mts_msg_ref_t* msg);
+uint32_t ficon_cmi_set_prohibit_host_control(uint32_t requester, mts_handle_t handle,
+                                             const char* word_a, const char* word_b, uint32_t wait,
+                                             uint32_t vsan, uint8_t value);
+uint32_t ficon_cmi_set_host_control_switch_offline_nonblock(uint32_t requester, mts_handle_t handle,
+                                                            const char* word_a, const char* word_b,
+                                                            uint32_t wait, uint32_t vsan,
+                                                            uint8_t value, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_set_host_control_switch_offline(uint32_t requester, mts_handle_t handle,
+                                                   const char* word_a, const char* word_b,
+                                                   uint32_t wait, uint32_t vsan, uint8_t value);
+uint32_t ficon_cmi_clock_alert_mode_nonblock(uint32_t requester, mts_handle_t handle,
+                                             const char* word_a, const char* word_b, uint32_t wait,
+                                             uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_clock_alert_mode(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                    const char* word_b, uint32_t wait, uint32_t vsan,
+                                    uint8_t value);
+uint32_t ficon_cmi_user_alert_mode_nonblock(uint32_t requester, mts_handle_t handle,
+                                            const char* word_a, const char* word_b, uint32_t wait,
+                                            uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_user_alert_mode(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                   const char* word_b, uint32_t wait, uint32_t vsan, uint8_t value);
+uint32_t ficon_cmi_prohibit_snmp_nonblock(uint32_t requester, mts_handle_t handle,
+                                          const char* word_a, const char* word_b, uint32_t wait,
+                                          uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_prohibit_snmp(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                 const char* word_b, uint32_t wait, uint32_t vsan, uint8_t value);
+uint32_t ficon_cmi_auto_save_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, uint32_t vsan,
+                                      uint8_t value, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_auto_save_config(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                    const char* word_b, uint32_t wait, uint32_t vsan,
+                                    uint8_t value);
+uint32_t ficon_cmi_inc_key_counter_nonblock(uint32_t requester, mts_handle_t handle,
+                                            const char* word_a, const char* word_b, uint32_t wait,
+                                            uint32_t vsan, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_inc_key_counter(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                   const char* word_b, uint32_t wait, uint32_t vsan);
+uint32_t ficon_cmi_test_inc_key_counter_nonblock(uint32_t requester, mts_handle_t handle,
+                                                 const char* word_a, const char* word_b,
+                                                 uint32_t wait, uint32_t key_counter, uint32_t vsan,
+                                                 mts_msg_ref_t* msg);
+uint32_t ficon_cmi_test_inc_key_counter(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                        const char* word_b, uint32_t wait, uint32_t key_counter,
+                                        uint32_t vsan);
+uint32_t ficon_cmi_set_codepage(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                const char* word_b, uint32_t wait, uint32_t vsan,
+                                uint32_t codepage);
+uint32_t ficon_cmi_switch_offline_nonblock(uint32_t requester, mts_handle_t handle,
+                                           const char* word_a, const char* word_b, uint32_t wait,
+                                           uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_switch_offline(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                  const char* word_b, uint32_t wait, uint32_t vsan, uint8_t value);
+uint32_t ficon_cmi_set_tstmp_clock_nonblock(uint32_t requester, mts_handle_t handle,
+                                            const char* word_a, const char* word_b, uint32_t wait,
+                                            uint32_t vsan, uint32_t first_word,
+                                            uint32_t second_word, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_set_tstmp_clock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                   const char* word_b, uint32_t wait, uint32_t vsan,
+                                   uint32_t first_word, uint32_t second_word);
+uint32_t ficon_cmi_set_fcid_last_byte(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, uint32_t vsan,
+                                      uint8_t value);
+uint32_t ficon_cmi_set_host_clock_set_allowed(uint32_t requester, mts_handle_t handle,
+                                              const char* word_a, const char* word_b, uint32_t wait,
+                                              uint32_t vsan, uint8_t value);
+uint32_t ficon_cmi_clear_tstmp_clock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                     const char* word_b, uint32_t wait, uint32_t vsan);
+uint32_t ficon_cmi_parse_vsan_cfg(mts_msg_ref_t* reply);
+
+/* ---- FICON state and box status ---- */
+
+uint32_t ficon_cmi_set_ficon_state_nonblock(uint32_t requester, mts_handle_t handle,
+                                            const char* word_a, const char* word_b, uint32_t wait,
+                                            uint32_t vsan, uint8_t state, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_set_ficon_state(mts_msg_ref_t* reply);
+uint32_t ficon_cmi_set_ficon_state(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                   const char* word_b, uint32_t wait, uint32_t vsan, uint8_t state);
+uint32_t ficon_cmi_get_box_status(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                  const char* word_b, uint32_t wait, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_box_status(mts_msg_ref_t* reply, ficon_cmi_box_status_t** status);
+
+/* ---- VSAN information and code pages ---- */
+
+uint32_t ficon_cmi_get_vsan_info_nonblock(uint32_t requester, mts_handle_t handle,
+                                          const char* word_a, const char* word_b, uint32_t wait,
+                                          uint32_t msgtype, uint32_t vsan, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_vsan_info(mts_msg_ref_t* reply, ficon_cmi_vsan_cfg_t* record);
+uint32_t ficon_cmi_get_vsan_info(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                 const char* word_b, uint32_t wait, uint32_t msgtype, uint32_t vsan,
+                                 ficon_cmi_vsan_cfg_t* record);
+uint32_t ficon_cmi_get_codepage(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                const char* word_b, uint32_t wait, uint32_t vsan);
+uint32_t ficon_cmi_getnext_codepage(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                    const char* word_b, uint32_t wait, uint32_t* vsan);
+uint32_t ficon_is_active_saved_enabled(mts_handle_t handle, uint32_t wait, uint8_t* flag);
+
+/* ---- Host data ---- */
+
+uint32_t ficon_cmi_send_get_host_data_nonblock(uint32_t requester, mts_handle_t handle,
+                                               const char* word_a, const char* word_b,
+                                               uint32_t wait, uint32_t vsan, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_get_host_data(mts_msg_ref_t* reply, uint32_t* vsan, uint8_t* data,
+                                       uint32_t* length);
+uint32_t ficon_cmi_get_host_data(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                 const char* word_b, uint32_t wait, uint32_t vsan, uint8_t* data,
+                                 uint32_t* length);
+uint32_t ficon_cmi_send_set_host_data_nonblock(uint32_t requester, mts_handle_t handle,
+                                               const char* word_a, const char* word_b,
+                                               uint32_t wait, uint32_t vsan, uint32_t offset,
+                                               const uint8_t* data, uint32_t length,
+                                               mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_set_host_data(mts_msg_ref_t* reply, uint32_t* vsan);
+uint32_t ficon_cmi_set_host_data(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                 const char* word_b, uint32_t wait, uint32_t vsan, uint32_t offset,
+                                 const uint8_t* data, uint32_t length);
+
+/* ---- Product identification block and history summary ---- */
+
+uint32_t ficon_cmi_send_get_pib(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                const char* word_b, uint32_t wait, uint32_t pib_key, uint8_t first,
+                                uint8_t last, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_getpib(mts_msg_ref_t* reply, uint32_t ignored, uint8_t* first,
+                                uint8_t* last, ficon_cmi_pib_rec_t** records);
+uint32_t ficon_cmi_get_history_summary_nonblock(uint32_t requester, mts_handle_t handle,
+                                                const char* word_a, const char* word_b,
+                                                uint32_t wait, uint32_t msgtype, uint32_t hist_key,
+                                                uint32_t hist_op, uint32_t hist_arg1,
+                                                uint32_t hist_arg2, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_history_summary(mts_msg_ref_t* reply, uint32_t* count,
+                                         uint32_t* summary_word, uint32_t* hist_key,
+                                         ficon_cmi_hist_entry_t** entries);
+uint32_t ficon_cmi_get_history_summary(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                       const char* word_b, uint32_t wait, uint32_t msgtype,
+                                       uint32_t* hist_key, uint32_t hist_op, uint32_t hist_arg1,
+                                       uint32_t hist_arg2, uint32_t* count, uint32_t* summary_word,
+                                       ficon_cmi_hist_entry_t** entries);
+
+/* ---- Port limits, get-next type, timeouts and software version ---- */
+
+uint32_t ficon_cmi_get_getnext_type(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                    const char* word_b, uint32_t wait, uint32_t* type);
+uint32_t ficon_cmi_set_getnext_type(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                    const char* word_b, uint32_t wait, uint32_t type);
+uint32_t ficon_cmi_parse_getnext_type(mts_msg_ref_t* reply, uint32_t* type);
+uint32_t ficon_cmi_set_max_ports(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                 const char* word_b, uint32_t wait, uint32_t count);
+uint32_t ficon_cmi_parse_max_port(mts_msg_ref_t* reply);
+uint32_t ficon_cmi_mihpto(uint32_t requester, mts_handle_t handle, const char* word_a,
+                          const char* word_b, uint32_t wait, uint8_t mih_op, uint32_t mih_arg,
+                          uint32_t timeout, ficon_cmi_mihpto_rec_t* reply_record);
+uint32_t ficon_cmi_get_sw_version(uint32_t unused, uint8_t* numbers, int8_t count);
+
+/* ---- Port-map queries ---- */
+
+uint32_t ficon_cmi_get_portmap_entry(mts_handle_t handle, const char* word_a, const char* word_b,
+                                     uint32_t wait, uint32_t module, uint32_t start,
+                                     int32_t logical, ficon_cmi_portmap_entry_t* entries,
+                                     uint32_t* count);
+uint32_t ficon_cmi_get_portmap_full(mts_handle_t handle, const char* word_a, const char* word_b,
+                                    uint32_t wait, uint32_t first, uint32_t last,
+                                    ficon_cmi_portmap_full_entry_t* entries);
+uint32_t ficon_pm_cmi_get_port_config(mts_handle_t handle, uint32_t kind, uint32_t n,
+                                      const ficon_cmi_ifindex_rng_t* ranges, uint32_t* out_count,
+                                      pm_cmi_port_config_t** out_records, uint32_t wait);
+uint32_t ficon_send_get_portmap(mts_handle_t handle, const char* word_a, const char* word_b,
+                                uint32_t wait, uint32_t type, uint8_t selector,
+                                if_index_t* if_index_io, uint16_t* key1_io, uint16_t* key2_io);
+uint32_t ficon_send_get_portmap_fcid_nonblock(mts_handle_t handle, const char* word_a,
+                                              const char* word_b, uint32_t msgtype,
+                                              uint8_t selector, uint32_t fcid, if_index_t if_index,
+                                              uint16_t key1, uint16_t key2, mts_msg_ref_t* msg);
+uint32_t ficon_parse_get_portmap_fcid(mts_msg_ref_t* reply, if_index_t* if_index, uint16_t* key1,
+                                      uint16_t* key2, uint32_t* fcid, uint8_t* answer_byte);
+
+/* ---- Port-number assignment and port-address bindings ---- */
+
+int32_t ficon_cmi_vsan_portnum_intf(mts_handle_t handle, uint8_t op, uint32_t vsan,
+                                    uint32_t port_number, if_index_t if_index, uint32_t wait);
+uint32_t ficon_cmi_set_portnum(mts_handle_t handle, uint8_t op, if_index_t if_index,
+                               uint32_t port_number, uint32_t wait);
+uint32_t ficon_cmi_reserve_portnum(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                   const char* word_b, uint32_t wait, uint8_t op, uint32_t module,
+                                   uint32_t arg, uint32_t* result, int32_t* count, uint32_t* firsts,
+                                   uint32_t* lasts, char* error_text);
+int32_t ficon_cmi_fc_port_in_mod(mts_handle_t handle, uint8_t module);
+uint32_t ficon_cmi_set_pa_if(uint32_t requester, mts_handle_t handle, const char* word_a,
+                             const char* word_b, uint32_t wait, uint16_t port_address,
+                             if_index_t if_index);
+uint32_t ficon_cmi_set_pa_pn(uint32_t requester, mts_handle_t handle, const char* word_a,
+                             const char* word_b, uint32_t wait, uint16_t port_address,
+                             uint16_t port_number);
+
+/* ---- Port swap ---- */
+
+uint32_t ficon_cmi_swap_port_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, uint32_t first,
+                                      uint32_t second, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_swap_intf_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, if_index_t first,
+                                      if_index_t second, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_swap_port(mts_msg_ref_t* reply, ficon_cmi_swap_reply_t** record);
+uint32_t ficon_cmi_swap_port(uint32_t requester, mts_handle_t handle, const char* word_a,
+                             const char* word_b, uint32_t wait, uint32_t first, uint32_t second,
+                             ficon_cmi_swap_reply_t** record);
+uint32_t ficon_cmi_swap_intf(uint32_t requester, mts_handle_t handle, const char* word_a,
+                             const char* word_b, uint32_t wait, if_index_t first, if_index_t second,
+                             ficon_cmi_swap_reply_t** record);
+
+/* ---- Port prohibit access lists ---- */
+
+uint32_t ficon_cmi_set_port_prohibit_acl_not_fcid(uint32_t requester, mts_handle_t handle,
+                                                  const char* word_a, const char* word_b,
+                                                  uint32_t wait, uint32_t value);
+uint32_t ficon_cmi_get_port_prohibit_acl_not_fcid(uint32_t requester, mts_handle_t handle,
+                                                  const char* word_a, const char* word_b,
+                                                  uint32_t wait, uint32_t* value);
+uint32_t ficon_cmi_set_acl_type_downgrade(uint32_t requester, mts_handle_t handle,
+                                          const char* word_a, const char* word_b, uint32_t wait);
+uint32_t ficon_cmi_set_port_default_prohibit(uint32_t requester, mts_handle_t handle,
+                                             const char* word_a, const char* word_b, uint32_t wait,
+                                             uint32_t value);
+uint32_t ficon_cmi_get_port_default_prohibit(uint32_t requester, mts_handle_t handle,
+                                             const char* word_a, const char* word_b, uint32_t wait,
+                                             uint32_t* value);
+
+/* ---- EBCDIC code-page conversion ---- */
+
+extern const char* program_name; /* "ascii_ebcdic_convert" */
+uint32_t validate_ebcidic_filename(const uint8_t* name, int32_t length);
+uint32_t validate_ebcidic_filedesc(const uint8_t* desc, int32_t length);
+uint32_t convert_ebcdic_filename_to_ascii(uint32_t codepage, const uint8_t* ebcdic_name,
+                                          char* ascii_out);
+uint32_t convert_ascii_filename_to_ebcdic(uint32_t codepage, char* ascii_name, uint8_t* ebcdic_out);
+uint32_t convert_ebcdic_portname_to_ascii(uint32_t codepage, const uint8_t* ebcdic_name,
+                                          char* ascii_out, uint32_t port_address);
+uint32_t convert_ascii_portname_to_ebcdic(uint32_t codepage, const char* ascii_name,
+                                          uint8_t* ebcdic_out);
+uint32_t convert_codepage_and_copy(uint32_t from_code_set, uint32_t to_code_set,
+                                   const uint8_t* input, uint8_t* output, uint32_t length);
+
+/* ---- Configuration file operations ---- */
+
+uint32_t ficon_cmi_file_ops_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                     const char* word_b, uint32_t wait, uint32_t vsan, uint32_t op,
+                                     char* file_name, const uint32_t* file_key, uint32_t convert,
+                                     uint32_t codepage, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_file_ops(mts_msg_ref_t* reply, uint32_t* file_key, uint8_t* reply_flag,
+                                  uint32_t* status);
+uint32_t ficon_cmi_file_ops(uint32_t requester, mts_handle_t handle, const char* word_a,
+                            const char* word_b, uint32_t wait, uint32_t vsan, uint32_t op,
+                            char* file_name, uint32_t* file_key, uint8_t* reply_flag,
+                            uint32_t* status);
+uint32_t ficon_cmi_file_copy_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, uint32_t vsan,
+                                      char* source_name, char* destination_name,
+                                      mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_copy(uint32_t requester, mts_handle_t handle, const char* word_a,
+                             const char* word_b, uint32_t wait, uint32_t vsan, char* source_name,
+                             char* destination_name);
+uint32_t ficon_cmi_file_set_file_hdr_nonblock(uint32_t requester, mts_handle_t handle,
+                                              const char* word_a, const char* word_b, uint32_t wait,
+                                              uint32_t vsan, char* file_name,
+                                              const uint32_t* file_key,
+                                              ficon_cmi_file_hdr_t* header, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_set_file_hdr(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                     const char* word_b, uint32_t wait, uint32_t vsan,
+                                     char* file_name, const uint32_t* file_key,
+                                     ficon_cmi_file_hdr_t* header);
+uint32_t ficon_cmi_file_set_file_desc(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, uint32_t vsan,
+                                      char* file_name, const char* description,
+                                      uint8_t description_length);
+
+/* ---- Per-port settings in a configuration file ---- */
+
+uint32_t ficon_cmi_file_set_port_blocked_portaddr_nonblock(
+    uint32_t requester, mts_handle_t handle, const char* word_a, const char* word_b, uint32_t wait,
+    uint32_t vsan, char* file_name, const uint32_t* file_key,
+    const ficon_cmi_port_blocked_entry_t* entries, uint32_t count, uint32_t convert,
+    uint32_t codepage, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_set_port_name_portaddr_nonblock(uint32_t requester, mts_handle_t handle,
+                                                        const char* word_a, const char* word_b,
+                                                        uint32_t wait, uint32_t vsan,
+                                                        char* file_name, const uint32_t* file_key,
+                                                        const ficon_cmi_port_name_entry_t* entries,
+                                                        uint32_t count, uint32_t convert,
+                                                        uint32_t codepage, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_set_prohibit_bitset_nonblock(uint32_t requester, mts_handle_t handle,
+                                                     const char* word_a, const char* word_b,
+                                                     uint32_t wait, uint32_t vsan, char* file_name,
+                                                     const uint32_t* file_key,
+                                                     const ficon_cmi_prohibit_entry_t* entries,
+                                                     uint32_t count, uint32_t convert,
+                                                     uint32_t codepage, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_set_port_blocked_portaddr(uint32_t requester, mts_handle_t handle,
+                                                  const char* word_a, const char* word_b,
+                                                  uint32_t wait, uint32_t vsan, char* file_name,
+                                                  uint32_t* file_key,
+                                                  const ficon_cmi_port_blocked_entry_t* entries,
+                                                  uint32_t count, uint32_t* status);
+uint32_t ficon_cmi_file_set_port_name_portaddr(uint32_t requester, mts_handle_t handle,
+                                               const char* word_a, const char* word_b,
+                                               uint32_t wait, uint32_t vsan, char* file_name,
+                                               uint32_t* file_key,
+                                               const ficon_cmi_port_name_entry_t* entries,
+                                               uint32_t count, uint32_t* status);
+uint32_t ficon_cmi_file_set_prohibit_bitset(uint32_t requester, mts_handle_t handle,
+                                            const char* word_a, const char* word_b, uint32_t wait,
+                                            uint32_t vsan, char* file_name, uint32_t* file_key,
+                                            const ficon_cmi_prohibit_entry_t* entries,
+                                            uint32_t count, uint32_t* status);
+uint32_t ficon_cmi_set_port_blocked_portaddr_range(uint32_t requester, mts_handle_t handle,
+                                                   const char* word_a, const char* word_b,
+                                                   uint32_t wait, uint32_t vsan, char* file_name,
+                                                   const uint32_t* file_key, uint16_t first,
+                                                   const uint8_t* blocked, uint32_t count,
+                                                   uint32_t convert, uint32_t codepage,
+                                                   mts_msg_ref_t* msg);
+uint32_t ficon_cmi_set_port_name_portaddr_range(uint32_t requester, mts_handle_t handle,
+                                                const char* word_a, const char* word_b,
+                                                uint32_t wait, uint32_t vsan, char* file_name,
+                                                const uint32_t* file_key, uint16_t first,
+                                                const char* names, uint32_t count, uint32_t convert,
+                                                mts_msg_ref_t* msg);
+uint32_t ficon_cmi_set_prohibit_bitset_range(uint32_t requester, mts_handle_t handle,
+                                             const char* word_a, const char* word_b, uint32_t wait,
+                                             uint32_t vsan, char* file_name,
+                                             const uint32_t* file_key, uint16_t first,
+                                             uint32_t common_value, const uint8_t* bitsets,
+                                             uint32_t count, uint32_t convert, uint32_t codepage,
+                                             mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_parse_set_port_cfg(mts_msg_ref_t* reply);
+
+/* ---- Per-port information of a configuration file ---- */
+
+uint32_t ficon_cmi_file_get_port_info_intf_nonblock(
+    uint32_t requester, mts_handle_t handle, const char* word_a, const char* word_b, uint32_t wait,
+    uint32_t msgtype, uint32_t query_flags, uint32_t vsan, char* file_name,
+    const uint32_t* file_key, if_index_t start, if_index_t end, uint32_t convert, uint32_t codepage,
+    mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_get_port_info_intf(uint32_t requester, mts_handle_t handle,
+                                           const char* word_a, const char* word_b, uint32_t wait,
+                                           uint32_t msgtype, uint32_t query_flags, uint32_t* vsan,
+                                           char* file_name, const uint32_t* file_key,
+                                           if_index_t start, if_index_t end,
+                                           ficon_cmi_port_info_t** list, uint32_t* count);
+uint32_t ficon_cmi_file_get_port_info_portaddr_nonblock(
+    uint32_t requester, mts_handle_t handle, const char* word_a, const char* word_b, uint32_t wait,
+    uint32_t msgtype, uint32_t query_flags, uint32_t vsan, char* file_name,
+    const uint32_t* file_key, uint32_t start, uint32_t end, uint32_t convert, uint32_t codepage,
+    mts_msg_ref_t* msg);
+uint32_t ficon_cmi_file_get_port_info_portaddr(uint32_t requester, mts_handle_t handle,
+                                               const char* word_a, const char* word_b,
+                                               uint32_t wait, uint32_t msgtype,
+                                               uint32_t query_flags, uint32_t* vsan,
+                                               char* file_name, const uint32_t* file_key,
+                                               uint32_t start, uint32_t end,
+                                               ficon_cmi_port_info_t** list, uint32_t* count);
+uint32_t ficon_cmi_file_parse_port_info(uint32_t requester, mts_msg_ref_t* reply,
+                                        ficon_cmi_port_info_t** list, uint32_t* vsan, char* name,
+                                        uint32_t convert, uint32_t codepage, uint32_t* count);
+
+/* ---- File information and saved files ---- */
+
+uint32_t ficon_cmi_file_info_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                      const char* word_b, uint32_t wait, uint32_t op,
+                                      uint32_t msgtype, uint32_t vsan, const uint8_t* ebcdic_name,
+                                      mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_file_info(uint32_t requester, mts_msg_ref_t* reply,
+                                   ficon_cmi_file_info_t** list, uint32_t convert,
+                                   uint32_t codepage, uint32_t* count);
+uint32_t ficon_cmi_file_info(uint32_t requester, mts_handle_t handle, const char* word_a,
+                             const char* word_b, uint32_t wait, uint32_t op, uint32_t msgtype,
+                             uint32_t vsan, char* file_name, ficon_cmi_file_info_t** list,
+                             uint32_t* count);
+uint32_t ficon_cmi_get_saved_file_nonblock(uint32_t requester, mts_handle_t handle,
+                                           const char* word_a, const char* word_b, uint32_t wait,
+                                           uint32_t vsan, char* file_name, const uint32_t* file_key,
+                                           uint32_t convert, uint32_t codepage, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_get_saved_file(mts_msg_ref_t* reply, int32_t offset, uint8_t* buffer,
+                                        int32_t buffer_length, uint32_t* copied);
+uint32_t ficon_cmi_get_saved_file(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                  const char* word_b, uint32_t wait, uint32_t vsan, char* file_name,
+                                  const uint32_t* file_key, int32_t offset, uint8_t* buffer,
+                                  int32_t buffer_length, uint32_t* copied);
+uint32_t ficon_cmi_set_saved_file_nonblock(uint32_t requester, mts_handle_t handle,
+                                           const char* word_a, const char* word_b, uint32_t wait,
+                                           uint32_t vsan, char* file_name, const uint32_t* file_key,
+                                           int32_t data_offset, const uint8_t* data,
+                                           uint32_t data_length, uint32_t convert,
+                                           uint32_t codepage, mts_msg_ref_t* msg);
+uint32_t ficon_cmi_parse_set_saved_file(mts_msg_ref_t* reply);
+uint32_t ficon_cmi_set_saved_file(uint32_t requester, mts_handle_t handle, const char* word_a,
+                                  const char* word_b, uint32_t wait, uint32_t vsan, char* file_name,
+                                  const uint32_t* file_key, int32_t data_offset,
+                                  const uint8_t* data, uint32_t data_length);
+
+/* ---- Running and startup configuration text ---- */
+
+uint32_t ficon_startup_acfg_gen(acfg_req_t request, acfg_ctx_t context);
+uint32_t libficon_ascii_gen(acfg_hdl_t handle, acfg_ctx_t context, pss_store_t config_store,
+                            pss_store_t debug_store);
+uint32_t ficon_pss_build_pa_pn_map_key(uint8_t** key);
+uint32_t ficon_pss_build_pn_if_map_key(uint8_t** key);
+uint32_t ficon_pss_build_port_pn_map_key(uint8_t** key, uint32_t block);
+void ficon_bitset_to_bitarray(const void* bitset, uint8_t* array, uint32_t n);
+void ficon_bitset_from_bitarray(void* bitset, const uint8_t* array, uint32_t n);
+
+/* ---- FICON field-replaceable units ---- */
+
+int32_t get_fru_id(uint32_t slot, uint16_t card_type);
+uint32_t ficon_convert_pfm_oper_state(uint32_t state);
+void ficon_get_list_of_ficon_fru(uint8_t* buffer);
+
+#ifdef __cplusplus
+}
+#endif
+
+#pragma GCC visibility pop
+
+#endif
