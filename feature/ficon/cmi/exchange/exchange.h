@@ -4,6 +4,7 @@
 #include <platform/mts.h>
 
 #include "exchange/caller.h"
+#include "exchange/console.h"
 #include "wire/status.h"
 
 namespace ficon {
@@ -23,6 +24,18 @@ struct Sent {
     return sent;
   }
 };
+
+/**
+ * For the senders that report the transport's error number: only a negative result is a failure,
+ * printed with the sender's name and line.
+ */
+inline Sent sent_or_errno(mts_handle_t handle, std::int32_t result, const char* function,
+                          int line) {
+  if (result >= 0) return status::kOk;
+  const std::int32_t error = mts_errno_get(handle);
+  console("%s(%d):mts_send failed (errno 0x%x)\n", function, line, static_cast<unsigned>(error));
+  return Sent::failure(static_cast<Status>(error));
+}
 
 /** For blocking forms that print nothing when their sender fails. */
 inline void report_nothing(Status) {}
