@@ -10,6 +10,9 @@
 
 namespace ficon {
 
+/** The transport's error number when fcd is not there. */
+inline constexpr Status kFcdGone = 32;
+
 /** How many leading words of the send options a request sets to 1: most set two. */
 enum class SendOptions : std::uint8_t { kOneWord = 1, kTwoWords = 2 };
 

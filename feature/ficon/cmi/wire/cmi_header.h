@@ -8,6 +8,19 @@ namespace ficon::wire {
 /** What a header asks for; the platform's part of the header carries it. */
 enum class MessageType : std::uint32_t { kGet = 1, kGetNext = 2, kSet = 3 };
 
+/** The family that a header belongs to. */
+enum class Subtype : std::uint32_t {
+  kPlain = 0,   // box status, access-list downgrade
+  kLimits = 8,  // get-next type, maximum ports
+  kPib = 10,
+  kProhibit = 12,
+  kVsan = 16,  // VSAN state, configuration and information; port swap
+  kPortmapFcid = 18,
+  kHistory = 20,
+  kPortInfo = 33,  // per-port information of a file, port map
+  kFile = 46,
+};
+
 /** The platform's part, filled by `ficon_init_cmi_hdr`; the library's own words follow it. */
 using PlatformHeader = bytes<112>;
 
