@@ -73,16 +73,18 @@ typedef enum {
   TEVRAK_MEM_TYPES_MAX = 14
 } __tevrak_mem_type_t;
 
+/** An fcd lock reply. */
 typedef struct FICON_PACKED {
   uint32_t vsan;
-  uint8_t op;
-  uint32_t status;
-  uint32_t requester;
+  uint8_t op;         /* 0 free, 1 get, 2 reset, 3 status */
+  uint32_t status;    /* 0, 0x40890029 busy, 0x40890036 already held */
+  uint32_t requester; /* code of the asker or holder */
   uint8_t reserved0[5];
 } ficon_fcd_lock_rec_t;
+/** The settings of a VSAN. */
 typedef struct FICON_PACKED {
-  uint32_t vsan;
-  uint32_t state;
+  uint32_t vsan;  /* BE */
+  uint32_t state; /* 2: enabled and up */
   uint8_t switch_offline;
   uint8_t host_control_switch_offline;
   uint8_t prohibit_host_control;
@@ -91,55 +93,64 @@ typedef struct FICON_PACKED {
   uint8_t prohibit_snmp;
   uint8_t auto_save;
   uint8_t reserved0;
-  uint32_t key_counter;
-  uint32_t codepage;
+  uint32_t key_counter; /* BE */
+  uint32_t codepage;    /* BE when set, host order when read */
   uint8_t reserved1[1296];
-  uint32_t tstmp_clock1;
+  uint32_t tstmp_clock1; /* host order, both words */
   uint32_t tstmp_clock2;
   uint8_t fcid_last_byte;
   uint8_t host_clock_set_allowed;
   uint8_t reserved2[17];
 } ficon_cmi_vsan_cfg_t;
+/** Head of a box status; `group_count` x 5 `ficon_cmi_box_entry_t` follow. */
 typedef struct FICON_PACKED {
   uint32_t status;
   uint8_t reserved0;
   uint8_t group_count;
   uint8_t reserved1[2];
 } ficon_cmi_box_status_t;
+/** One entry of a box status, as fcd sends it. */
 typedef struct FICON_PACKED {
   uint8_t data[28];
 } ficon_cmi_box_entry_t;
+/** One record of the product identification block, as fcd sends it. */
 typedef struct FICON_PACKED {
   uint8_t data[50];
 } ficon_cmi_pib_rec_t;
+/** One entry of the director history. */
 typedef struct FICON_PACKED {
   uint32_t value;
   uint8_t byte_value;
   uint8_t field[32];
   uint8_t reserved0[3];
 } ficon_cmi_hist_entry_t;
+/** The MIH time-out as fcd reports it. */
 typedef struct FICON_PACKED {
-  uint32_t timeout;
-  uint32_t mih_arg;
+  uint32_t timeout; /* BE */
+  uint32_t mih_arg; /* BE */
   uint8_t mih_op;
   uint8_t reserved0[3];
   uint8_t reserved1;
 } ficon_cmi_mihpto_rec_t;
+/** One port of a module's port map. */
 typedef struct FICON_PACKED {
   uint8_t state;
-  uint8_t port_address;
-  if_index_t if_index;
-  uint8_t port_number;
+  uint8_t port_address; /* 0xff: none */
+  if_index_t if_index;  /* BE, unlike in the full entry */
+  uint8_t port_number;  /* 0xff: none */
 } ficon_cmi_portmap_entry_t;
+/** One port number of the full port map. */
 typedef struct FICON_PACKED {
   uint8_t state;
   uint8_t port_address;
-  if_index_t if_index;
+  if_index_t if_index; /* host order */
 } ficon_cmi_portmap_full_entry_t;
+/** Interfaces from first to last, both included. */
 typedef struct FICON_PACKED {
   if_index_t first_if;
   if_index_t last_if;
 } ficon_cmi_ifindex_rng_t;
+/** The port manager's record of a port; the fields that are read here have names. */
 typedef struct FICON_PACKED {
   if_index_t if_index;
   uint8_t reserved0[139];
@@ -151,57 +162,66 @@ typedef struct FICON_PACKED {
   uint8_t flags;
   uint8_t reserved3[286];
 } pm_cmi_port_config_t;
+/** Head of a swap's result; `count` `ficon_cmi_swap_op_t` follow. */
 typedef struct FICON_PACKED {
   uint8_t header[112];
   uint32_t status;
   uint8_t reserved0[8];
   uint32_t count;
 } ficon_cmi_swap_reply_t;
+/** One swap operation, as fcd sends it. */
 typedef struct FICON_PACKED {
   uint8_t data[8];
 } ficon_cmi_swap_op_t;
+/** The file request record. */
 typedef struct FICON_PACKED {
   uint8_t header[112];
-  uint32_t requester;
-  uint32_t op;
-  uint32_t vsan;
-  uint8_t file_name[8];
+  uint32_t requester;   /* BE */
+  uint32_t op;          /* BE; host order in the file information request */
+  uint32_t vsan;        /* BE */
+  uint8_t file_name[8]; /* EBCDIC, padded with 0x40 */
   uint8_t reserved0;
   uint32_t file_key;
-  uint32_t data_offset;
+  uint32_t data_offset; /* BE */
   uint32_t status;
   uint8_t reply_flag;
   uint8_t reserved1[3];
-  uint8_t file_name2[8];
+  uint8_t file_name2[8]; /* EBCDIC */
   uint8_t reserved2;
 } ficon_cmi_file_req_t;
+/** The header of a configuration file. */
 typedef struct FICON_PACKED {
   uint8_t reserved0[32];
-  char description[24];
+  char description[24]; /* padded with blanks */
   uint8_t reserved1[72];
 } ficon_cmi_file_hdr_t;
+/** Whether a port is blocked. */
 typedef struct FICON_PACKED {
   uint16_t port_address;
   uint8_t blocked;
 } ficon_cmi_port_blocked_entry_t;
+/** The name of a port. */
 typedef struct FICON_PACKED {
   uint32_t port_address;
-  char port_name[25];
+  char port_name[25]; /* 24 characters and a terminator; EBCDIC unless it is to be converted */
 } ficon_cmi_port_name_entry_t;
+/** The port addresses that a port may not talk to. */
 typedef struct FICON_PACKED {
   uint32_t port_address;
   uint32_t common_value;
-  uint8_t bitset[32];
+  uint8_t bitset[32]; /* one bit per port address */
 } ficon_cmi_prohibit_entry_t;
+/** What a file holds for a port. */
 typedef struct FICON_PACKED {
   uint8_t reserved0[4];
   int32_t port;
-  if_index_t if_index;
+  if_index_t if_index; /* 0: no interface */
   uint8_t reserved1[6];
-  char port_name[24];
+  char port_name[24]; /* ASCII after conversion */
   uint8_t port_name_end;
   uint8_t reserved2[64];
 } ficon_cmi_port_info_t;
+/** What is known of a configuration file. */
 typedef struct FICON_PACKED {
   uint8_t reserved0[33];
   char file_name[9];
@@ -209,15 +229,18 @@ typedef struct FICON_PACKED {
   char description[24];
   uint8_t reserved2[81];
 } ficon_cmi_file_info_t;
+/** One position of the port table. */
 typedef struct FICON_PACKED {
-  uint16_t port_number;
-  uint16_t port_address;
+  uint16_t port_number;  /* 512: none */
+  uint16_t port_address; /* 512: none */
   uint8_t reserved0[16];
 } ficon_port_pn_entry_t;
+/** The port manager's brief record of a port. */
 typedef struct FICON_PACKED {
   if_index_t if_index;
   uint8_t reserved0[47];
 } pm_port_info_brief_t;
+/** The beginning of the port manager's transceiver record. */
 typedef struct FICON_PACKED {
   uint8_t reserved0[4];
   uint32_t status;
@@ -253,43 +276,154 @@ FICON_SIZE_IS(pm_fcot_info_t, 8);
 
 /* ---- CMI request envelope and transport ---- */
 
+/**
+ * Receive the reply that `opts` names. Blocks; an interrupted wait is taken up again, without
+ * limit.
+ *
+ * @param reply  [out] the message, to be dropped by the caller; set on success only
+ * @param opts   word 0 is 1, word 2 the wait argument, word 3 the token of the request
+ * @return 0; 0x40850043 when the wait ran out; 0x40850000 for any other transport error
+ */
 uint32_t ficon_cmi_mts_recv(mts_handle_t handle, mts_msg_ref_t* reply, const mts_recv_opts_t* opts);
 
 /* ---- Memory tracking and memory types ---- */
 
+/**
+ * Look for a memory tracker in the hosting process (functions named `mtrack_int_...`, found by
+ * name) and use it from now on if it is complete. Called once at start, before other threads use
+ * the library. The tracker's own init is called as soon as it is found, with the four arguments.
+ */
 void mtrack_init(uintptr_t a, uintptr_t b, uintptr_t c, uintptr_t d);
+
+/** Tell the tracker to stop; nothing without one. The library goes on using it. */
 void mtrack_uninit(uintptr_t a);
+
+/**
+ * Allocate from the tracker, or with `malloc` where there is none. The request is padded: size + 8
+ * rounded down to a multiple of 4.
+ *
+ * @param module  the caller's number in the tracker; the library's own is 205
+ * @param type    a `__tevrak_mem_type_t` value for the tracker's statistics
+ * @return memory, not zeroed, for `mtrack_free`; null when there is none, or `size` cannot be
+ * padded
+ */
 void* mtrack_alloc(uint32_t module, uint32_t type, size_t size);
+
+/** As `realloc`, with the padding of `mtrack_alloc`. On failure null, and `pointer` stays valid. */
 void* mtrack_realloc(void* pointer, size_t size);
+
+/** Release what the library or `mtrack_alloc` handed out. Accepts null. */
 void mtrack_free(void* pointer);
+
+/** Passed on to the tracker; 0 without one. */
 int mtrack_ignore_alloc_abort(uintptr_t a);
+
+/**
+ * Passed on to the tracker; 0 without one. The library registers no names itself: a process may,
+ * with
+ * `__tevrak_mem_type_t_find`.
+ */
 int mtrack_add_memtypename(uintptr_t a, uintptr_t b, uintptr_t c);
+
+/** The tracker prints its statistics; 0 without one. */
 int mtrack_print_stats(uintptr_t a, uintptr_t b);
+
+/** The tracker prints its statistics of one process; 0 without one. */
 int mtrack_print_stats_uuid(uintptr_t a, uintptr_t b, uintptr_t c);
+
+/** The tracker prints its statistics for a command line; 0 without one. */
 int mtrack_cli_print_stats_uuid(uintptr_t a, uintptr_t b, uintptr_t c);
+
+/**
+ * As `mtrack_cli_print_stats_uuid` with 0 as the tracker's second argument and `c` as its third.
+ * Without a tracker a nonzero value that means nothing.
+ */
 int mtrack_cli_print_stats(uintptr_t a, uintptr_t c);
+
+/**
+ * The tracker prints details. To be called only after an `mtrack_init` that found a tracker: this
+ * and the next two call it without a test.
+ */
 int mtrack_cli_detail_print_stats(uintptr_t a, uintptr_t b);
+
+/** The tracker prints its traces. Only with a tracker, as above. */
 int mtrack_cli_trcbk_print_stats(uintptr_t a, uintptr_t b);
+
+/** The tracker prints its trace counts. Only with a tracker, as above. */
 int mtrack_cli_show_trcbk_count(uintptr_t a, uintptr_t b);
+
+/** The name of a memory type, 14 (the end marker) included; null for any other number. */
 const char* __tevrak_mem_type_t_find(uint32_t value);
+
+/** The memory type of a name, upper or lower case. An unknown name gives `TEVRAK_MEM_file_info`
+ * (0). */
 __tevrak_mem_type_t __tevrak_mem_type_t_str2enum(const char* name);
 
 /* ---- FICON-enabled check and fcd lock ---- */
 
+/**
+ * Take fcd's lock on a VSAN. Blocks on `handle`. A busy lock is asked for again for requesters 1
+ * and 2: three times, 300 ms apart.
+ *
+ * @return 0 granted, or held by this requester already; -1 refused or failed; -2 fcd is not there
+ */
 int32_t ficon_get_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
+
+/**
+ * Free fcd's lock on a VSAN. Blocks on `handle`.
+ *
+ * @return 0 freed, also when fcd is not there: a lock goes with it; -1 failed. What fcd answers is
+ * not examined
+ */
 int32_t ficon_free_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
+
+/**
+ * Free the lock whoever holds it. Blocks on `handle`.
+ *
+ * @return 0 reset, also when fcd is not there; 0x40850004 FICON is not enabled on the VSAN, nothing
+ *         sent; 0x40850013 refused; the receive code; -1 the send failed
+ */
 int32_t ficon_reset_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
+
+/**
+ * Read who holds the lock. Blocks on `handle`.
+ *
+ * @param unused  any value
+ * @param record  [out] fcd's answer, 18 bytes as they stand, host order
+ * @return 0; 0x40850004 FICON is not enabled on the VSAN, nothing sent; -1 failed
+ */
 int32_t ficon_get_fcd_lock_status(mts_handle_t handle, uint32_t vsan, uint32_t unused,
                                   uint32_t wait, ficon_fcd_lock_rec_t* record);
+
+/**
+ * Copy a lock reply's 18 bytes into `record`; the reply is the caller's to drop.
+ *
+ * @return 0; 3 without a payload, `record` untouched
+ */
 uint32_t ficon_parse_allegiance_msg(mts_msg_ref_t* reply, ficon_fcd_lock_rec_t* record);
 
 /* ---- VSAN configuration setters ---- */
 
+/**
+ * The setters of a VSAN. Each sends one setting; the value bytes are 0 or 1 and fcd judges them.
+ *
+ * A `..._nonblock` form sends and returns 0, the TLV array's error or the transport's send result.
+ * The blocking form (for automatic saving `ficon_cmi_auto_save_config`) takes the fcd lock where
+ * FICON is enabled on the VSAN and returns fcd's status, 0x40850012 when the lock cannot be had
+ * (nothing sent), 0x40850043 or 0x40850000 when no reply came, 3 or 0x40850003 for a malformed one.
+ * Without FICON on the VSAN the request goes unlocked and fcd refuses it.
+ *
+ * All modes at once:
+ * @param modes  6 bytes: host control of switch offline, prohibit host control, clock alert, user
+ *               alert, prohibit SNMP, automatic saving
+ */
 uint32_t ficon_cmi_set_mode_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                      const char* word_b, uint32_t wait, uint32_t vsan,
                                      const uint8_t* modes, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_set_mode(uint32_t requester, mts_handle_t handle, const char* word_a,
                             const char* word_b, uint32_t wait, uint32_t vsan, const uint8_t* modes);
+
+/** Whether the host may only read: 1 prohibits its changes. */
 uint32_t ficon_cmi_set_prohibit_host_control_nonblock(uint32_t requester, mts_handle_t handle,
                                                       const char* word_a, const char* word_b,
                                                       uint32_t wait, uint32_t vsan, uint8_t value,
@@ -297,6 +431,8 @@ uint32_t ficon_cmi_set_prohibit_host_control_nonblock(uint32_t requester, mts_ha
 uint32_t ficon_cmi_set_prohibit_host_control(uint32_t requester, mts_handle_t handle,
                                              const char* word_a, const char* word_b, uint32_t wait,
                                              uint32_t vsan, uint8_t value);
+
+/** Whether the host may take the switch offline. */
 uint32_t ficon_cmi_set_host_control_switch_offline_nonblock(uint32_t requester, mts_handle_t handle,
                                                             const char* word_a, const char* word_b,
                                                             uint32_t wait, uint32_t vsan,
@@ -304,33 +440,48 @@ uint32_t ficon_cmi_set_host_control_switch_offline_nonblock(uint32_t requester, 
 uint32_t ficon_cmi_set_host_control_switch_offline(uint32_t requester, mts_handle_t handle,
                                                    const char* word_a, const char* word_b,
                                                    uint32_t wait, uint32_t vsan, uint8_t value);
+
+/** Whether tools warn before an operator sets the clock. */
 uint32_t ficon_cmi_clock_alert_mode_nonblock(uint32_t requester, mts_handle_t handle,
                                              const char* word_a, const char* word_b, uint32_t wait,
                                              uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_clock_alert_mode(uint32_t requester, mts_handle_t handle, const char* word_a,
                                     const char* word_b, uint32_t wait, uint32_t vsan,
                                     uint8_t value);
+
+/** Whether tools ask before an action that may disrupt traffic. */
 uint32_t ficon_cmi_user_alert_mode_nonblock(uint32_t requester, mts_handle_t handle,
                                             const char* word_a, const char* word_b, uint32_t wait,
                                             uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_user_alert_mode(uint32_t requester, mts_handle_t handle, const char* word_a,
                                    const char* word_b, uint32_t wait, uint32_t vsan, uint8_t value);
+
+/** Whether management agents may only read: 1 prohibits their changes. */
 uint32_t ficon_cmi_prohibit_snmp_nonblock(uint32_t requester, mts_handle_t handle,
                                           const char* word_a, const char* word_b, uint32_t wait,
                                           uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_prohibit_snmp(uint32_t requester, mts_handle_t handle, const char* word_a,
                                  const char* word_b, uint32_t wait, uint32_t vsan, uint8_t value);
+
+/** Automatic saving: every change of the active configuration also goes to the file IPL. */
 uint32_t ficon_cmi_auto_save_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, uint32_t vsan,
                                       uint8_t value, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_auto_save_config(uint32_t requester, mts_handle_t handle, const char* word_a,
                                     const char* word_b, uint32_t wait, uint32_t vsan,
                                     uint8_t value);
+
+/** Add one to the key counter. */
 uint32_t ficon_cmi_inc_key_counter_nonblock(uint32_t requester, mts_handle_t handle,
                                             const char* word_a, const char* word_b, uint32_t wait,
                                             uint32_t vsan, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_inc_key_counter(uint32_t requester, mts_handle_t handle, const char* word_a,
                                    const char* word_b, uint32_t wait, uint32_t vsan);
+
+/**
+ * Add one to the key counter if it still is `key_counter`; fcd refuses otherwise. The counter comes
+ * before the VSAN, unlike in every other function.
+ */
 uint32_t ficon_cmi_test_inc_key_counter_nonblock(uint32_t requester, mts_handle_t handle,
                                                  const char* word_a, const char* word_b,
                                                  uint32_t wait, uint32_t key_counter, uint32_t vsan,
@@ -338,14 +489,20 @@ uint32_t ficon_cmi_test_inc_key_counter_nonblock(uint32_t requester, mts_handle_
 uint32_t ficon_cmi_test_inc_key_counter(uint32_t requester, mts_handle_t handle, const char* word_a,
                                         const char* word_b, uint32_t wait, uint32_t key_counter,
                                         uint32_t vsan);
+
+/** The EBCDIC code page of the VSAN's names, for example 37. */
 uint32_t ficon_cmi_set_codepage(uint32_t requester, mts_handle_t handle, const char* word_a,
                                 const char* word_b, uint32_t wait, uint32_t vsan,
                                 uint32_t codepage);
+
+/** Present the switch offline to the host. */
 uint32_t ficon_cmi_switch_offline_nonblock(uint32_t requester, mts_handle_t handle,
                                            const char* word_a, const char* word_b, uint32_t wait,
                                            uint32_t vsan, uint8_t value, mts_msg_ref_t* msg);
 uint32_t ficon_cmi_switch_offline(uint32_t requester, mts_handle_t handle, const char* word_a,
                                   const char* word_b, uint32_t wait, uint32_t vsan, uint8_t value);
+
+/** Set the time-stamp clock: two words that fcd keeps, sent in host order. */
 uint32_t ficon_cmi_set_tstmp_clock_nonblock(uint32_t requester, mts_handle_t handle,
                                             const char* word_a, const char* word_b, uint32_t wait,
                                             uint32_t vsan, uint32_t first_word,
@@ -353,41 +510,123 @@ uint32_t ficon_cmi_set_tstmp_clock_nonblock(uint32_t requester, mts_handle_t han
 uint32_t ficon_cmi_set_tstmp_clock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                    const char* word_b, uint32_t wait, uint32_t vsan,
                                    uint32_t first_word, uint32_t second_word);
+
+/** The last byte of the FCIDs of FICON ports. */
 uint32_t ficon_cmi_set_fcid_last_byte(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, uint32_t vsan,
                                       uint8_t value);
+
+/** Whether the host's setting of the clock is taken. */
 uint32_t ficon_cmi_set_host_clock_set_allowed(uint32_t requester, mts_handle_t handle,
                                               const char* word_a, const char* word_b, uint32_t wait,
                                               uint32_t vsan, uint8_t value);
+
+/** Set the time-stamp clock to zero. */
 uint32_t ficon_cmi_clear_tstmp_clock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                      const char* word_b, uint32_t wait, uint32_t vsan);
+
+/**
+ * Read the status out of a setter's reply; the reply is the caller's to drop.
+ *
+ * @return fcd's status; 0x40850003 without TLVs, after a printed line; 3 without a header TLV
+ */
 uint32_t ficon_cmi_parse_vsan_cfg(mts_msg_ref_t* reply);
 
 /* ---- FICON state and box status ---- */
 
+/**
+ * Turn FICON on a VSAN on (`state` nonzero) or off (0). The feature must be on already; the
+ * blocking form sees to that.
+ *
+ * @return 0 or the transport's send result
+ */
 uint32_t ficon_cmi_set_ficon_state_nonblock(uint32_t requester, mts_handle_t handle,
                                             const char* word_a, const char* word_b, uint32_t wait,
                                             uint32_t vsan, uint8_t state, mts_msg_ref_t* msg);
+
+/** @return fcd's status out of the reply; 3 without a payload */
 uint32_t ficon_cmi_parse_set_ficon_state(mts_msg_ref_t* reply);
+
+/**
+ * Turn FICON on a VSAN on or off. Blocks; takes the fcd lock where FICON is on. Turning on first
+ * turns on the switch's feature "ficon"; a refusal of that is printed and returned. Turning off
+ * while fcd is not there is done: 0.
+ *
+ * @return fcd's status; the feature manager's; 0x40850012 when the lock cannot be had; 0x40850043,
+ *         0x40850000 or 3 when no usable reply came
+ */
 uint32_t ficon_cmi_set_ficon_state(uint32_t requester, mts_handle_t handle, const char* word_a,
                                    const char* word_b, uint32_t wait, uint32_t vsan, uint8_t state);
+
+/**
+ * Ask for the box status. A sender in spite of its name: the caller receives the reply and gives it
+ * to `ficon_cmi_parse_box_status`. The requester is not sent.
+ *
+ * @return 0 or the transport's send result
+ */
 uint32_t ficon_cmi_get_box_status(uint32_t requester, mts_handle_t handle, const char* word_a,
                                   const char* word_b, uint32_t wait, mts_msg_ref_t* msg);
+
+/**
+ * Copy a box status reply whole.
+ *
+ * @param status  [out] the 8-byte head with `group_count` x 5 entries after it, for `mtrack_free`;
+ * null on failure
+ * @return 0; 3 without a payload or with a nonzero status in it; 0x40850010 without memory
+ */
 uint32_t ficon_cmi_parse_box_status(mts_msg_ref_t* reply, ficon_cmi_box_status_t** status);
 
 /* ---- VSAN information and code pages ---- */
 
+/**
+ * Ask for the settings of a VSAN (`msgtype` 1) or of the next VSAN after it (2). The requester is
+ * not sent.
+ *
+ * @return 0, the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_get_vsan_info_nonblock(uint32_t requester, mts_handle_t handle,
                                           const char* word_a, const char* word_b, uint32_t wait,
                                           uint32_t msgtype, uint32_t vsan, mts_msg_ref_t* msg);
+
+/**
+ * Copy the settings out of a reply.
+ *
+ * @param record  [out] as fcd sent it: `vsan` BE, everything else in host order; untouched on
+ * failure
+ * @return 0; fcd's status; 0x40850003 for a reply without TLVs, header or record
+ */
 uint32_t ficon_cmi_parse_vsan_info(mts_msg_ref_t* reply, ficon_cmi_vsan_cfg_t* record);
+
+/**
+ * Read the settings of a VSAN (`msgtype` 1) or of the next one (2). Blocks; takes no lock.
+ *
+ * @param record  [out] as of `ficon_cmi_parse_vsan_info`
+ * @return the parser's status; 0x40850043 or 0x40850000 when no reply came; a send error
+ */
 uint32_t ficon_cmi_get_vsan_info(uint32_t requester, mts_handle_t handle, const char* word_a,
                                  const char* word_b, uint32_t wait, uint32_t msgtype, uint32_t vsan,
                                  ficon_cmi_vsan_cfg_t* record);
+
+/** @return the VSAN's code page, or 0 when it could not be read: no status */
 uint32_t ficon_cmi_get_codepage(uint32_t requester, mts_handle_t handle, const char* word_a,
                                 const char* word_b, uint32_t wait, uint32_t vsan);
+
+/**
+ * The code page of the first FICON VSAN.
+ *
+ * @param vsan  [out] that VSAN; may be null; untouched on failure
+ * @return the code page, or 0 after a printed line: no status
+ */
 uint32_t ficon_cmi_getnext_codepage(uint32_t requester, mts_handle_t handle, const char* word_a,
                                     const char* word_b, uint32_t wait, uint32_t* vsan);
+
+/**
+ * Whether any FICON VSAN that is up saves automatically. Asks for each in turn; one that cannot be
+ * read is passed over.
+ *
+ * @param flag  [out] 1 or 0; 0 on failure
+ * @return 0, or what kept the list of FICON VSANs from being read
+ */
 uint32_t ficon_is_active_saved_enabled(mts_handle_t handle, uint32_t wait, uint8_t* flag);
 
 /* ---- Host data ---- */
