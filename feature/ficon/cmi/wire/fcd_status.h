@@ -1,0 +1,142 @@
+/**
+ * The refusals of fcd: one table of code, name, sentence and hint. The emulator answers with the
+ * codes; the error texts and the command-line tool show the rest.
+ *
+ * 0x40890001 to 0x4089003f speak of VSANs, locks and settings. The families behind them have room
+ * of their own: files from 0x40890040, ports from 0x40890080, host data, history and limits from
+ * 0x408900c0.
+ */
+#pragma once
+
+#include <iterator>
+
+#include "wire/status.h"
+
+namespace ficon {
+
+enum class [[nodiscard]] FcdStatus : Status{
+    kDone = 0,
+
+    kMalformed = 0x40890001,
+    kUnknownOperation = 0x40890002,
+    kUnknownRequester = 0x40890003,
+    kVsanOutOfRange = 0x40890004,
+    kVsanWithoutFicon = 0x40890005,
+    kNoNextVsan = 0x40890006,
+    kFeatureOff = 0x40890007,
+    kUnknownFeature = 0x40890008,
+    kStoreFailed = 0x40890009,
+
+    kBadSwitchOffline = 0x40890010,
+    kBadHostControlSwitchOffline = 0x40890011,
+    kBadProhibitHostControl = 0x40890012,
+    kBadClockAlertMode = 0x40890013,
+    kBadUserAlertMode = 0x40890014,
+    kBadProhibitSnmp = 0x40890015,
+    kBadAutoSave = 0x40890016,
+    kBadHostClockSetAllowed = 0x40890017,
+    kCodepageNotOffered = 0x40890018,
+
+    kHostControlProhibited = 0x40890020,
+    kSnmpProhibited = 0x40890021,
+    kHostClockProhibited = 0x40890022,
+    kHostOfflineProhibited = 0x40890023,
+
+    kKeyCounterStale = 0x40890028,
+    kLockBusy = status::kLockBusy,
+    kNotLockOwner = 0x4089002a,
+    kLockAlreadyHeld = status::kLockAlreadyHeld,
+};
+
+struct FcdStatusText {
+  FcdStatus code;
+  const char* name;      // for scripts: lower case, never changed once published
+  const char* sentence;  // what was wrong
+  const char* hint;      // what to try
+};
+
+inline constexpr FcdStatusText kFcdStatusTexts[] = {
+    {FcdStatus::kMalformed, "malformed-request", "the request is not well-formed",
+     "client and daemon may be of different versions; the daemon's log has the reason"},
+    {FcdStatus::kUnknownOperation, "unknown-operation", "the daemon does not know the operation",
+     "client and daemon may be of different versions"},
+    {FcdStatus::kUnknownRequester, "unknown-requester",
+     "the requester code may not ask for a change",
+     "use 1 (operator), 2 (management agent) or 3 (host)"},
+    {FcdStatus::kVsanOutOfRange, "vsan-out-of-range", "there is no such VSAN number",
+     "use a VSAN from 1 to 4093"},
+    {FcdStatus::kVsanWithoutFicon, "vsan-without-ficon", "FICON is not enabled on the VSAN",
+     "enable FICON on the VSAN first"},
+    {FcdStatus::kNoNextVsan, "no-next-vsan", "no FICON VSAN follows the one named",
+     "the walk is complete"},
+    {FcdStatus::kFeatureOff, "feature-off", "the FICON feature is not enabled on the switch",
+     "enable the feature \"ficon\" first"},
+    {FcdStatus::kUnknownFeature, "unknown-feature", "the switch has no feature of this name",
+     "the feature is called \"ficon\""},
+    {FcdStatus::kStoreFailed, "store-failed",
+     "the change could not be written to the daemon's store, and was not made",
+     "look at the daemon's log, and at the space and the rights of the store"},
+    {FcdStatus::kBadSwitchOffline, "bad-switch-offline",
+     "the value of switch offline is neither 0 nor 1", "use 0 (online) or 1 (offline)"},
+    {FcdStatus::kBadHostControlSwitchOffline, "bad-host-control-switch-offline",
+     "the value of host control switch offline is neither 0 nor 1",
+     "use 0 (the host may not take the switch offline) or 1 (it may)"},
+    {FcdStatus::kBadProhibitHostControl, "bad-prohibit-host-control",
+     "the value of prohibit host control is neither 0 nor 1",
+     "use 0 (the host may change) or 1 (it may only read)"},
+    {FcdStatus::kBadClockAlertMode, "bad-clock-alert-mode",
+     "the value of clock alert mode is neither 0 nor 1", "use 0 (off) or 1 (on)"},
+    {FcdStatus::kBadUserAlertMode, "bad-user-alert-mode",
+     "the value of user alert mode is neither 0 nor 1", "use 0 (off) or 1 (on)"},
+    {FcdStatus::kBadProhibitSnmp, "bad-prohibit-snmp",
+     "the value of prohibit SNMP is neither 0 nor 1",
+     "use 0 (management agents may change) or 1 (they may only read)"},
+    {FcdStatus::kBadAutoSave, "bad-auto-save", "the value of automatic saving is neither 0 nor 1",
+     "use 0 (off) or 1 (active equals saved)"},
+    {FcdStatus::kBadHostClockSetAllowed, "bad-host-clock-set-allowed",
+     "the value of host clock set allowed is neither 0 nor 1",
+     "use 0 (the host may not set the clock) or 1 (it may)"},
+    {FcdStatus::kCodepageNotOffered, "codepage-not-offered", "the code page is not offered",
+     "use 37, 273, 277, 278, 280, 284, 285, 297, 500, 871, 1047 or 1140 to 1149"},
+    {FcdStatus::kHostControlProhibited, "host-control-prohibited",
+     "the VSAN does not let the host make changes",
+     "an operator can set prohibit host control to 0"},
+    {FcdStatus::kSnmpProhibited, "snmp-prohibited",
+     "the VSAN does not let management agents make changes",
+     "an operator can set prohibit SNMP to 0"},
+    {FcdStatus::kHostClockProhibited, "host-clock-prohibited",
+     "the VSAN does not let the host set the clock",
+     "an operator can set host clock set allowed to 1"},
+    {FcdStatus::kHostOfflineProhibited, "host-offline-prohibited",
+     "the VSAN does not let the host take the switch offline",
+     "an operator can set host control switch offline to 1"},
+    {FcdStatus::kKeyCounterStale, "key-counter-stale",
+     "the key counter has moved on: the configuration changed since it was read",
+     "read the VSAN again, look at what changed, and repeat"},
+    {FcdStatus::kLockBusy, "lock-busy", "another requester holds the lock of the VSAN",
+     "look at the lock's status for who and since when; wait, or reset a stuck lock"},
+    {FcdStatus::kNotLockOwner, "not-lock-owner",
+     "the lock of the VSAN belongs to another requester",
+     "only its owner frees a lock; reset a stuck one"},
+    {FcdStatus::kLockAlreadyHeld, "lock-already-held",
+     "the lock of the VSAN is already held by this requester", "go on: it is granted"},
+};
+
+/** The text of a code, or null for a code that is not one of fcd's refusals. */
+constexpr const FcdStatusText* find_fcd_status(Status code) {
+  for (const FcdStatusText& text : kFcdStatusTexts) {
+    if (static_cast<Status>(text.code) == code) return &text;
+  }
+  return nullptr;
+}
+
+/** Ascending codes: none twice, and the table reads like the enumeration. */
+constexpr bool fcd_status_texts_ascend() {
+  for (std::size_t i = 1; i < std::size(kFcdStatusTexts); ++i) {
+    if (kFcdStatusTexts[i - 1].code >= kFcdStatusTexts[i].code) return false;
+  }
+  return true;
+}
+static_assert(fcd_status_texts_ascend());
+
+}  // namespace ficon
