@@ -100,6 +100,16 @@ Tlvs::operator Bytes() const {
   return be32(static_cast<std::uint32_t>(4 + body_.size())) + body_;
 }
 
+Bytes platform_header(std::uint32_t message_type, std::uint32_t subtype, std::string_view word_a,
+                      std::string_view word_b) {
+  return record(112)
+      .be32(0, message_type)
+      .be32(4, subtype)
+      .text(8, word_a.substr(0, 24))
+      .text(32, word_b.substr(0, 24))
+      .fill(56, 56, 0xc3);
+}
+
 std::string difference(const Bytes& expected, const Bytes& actual) {
   const std::size_t common = std::min(expected.size(), actual.size());
   std::size_t offset = 0;

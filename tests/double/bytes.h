@@ -77,6 +77,13 @@ inline Tlvs tlvs() {
   return {};
 }
 
+/**
+ * What the double's base library writes into bytes 0-111 of a request header: type, subtype and the
+ * two words at 0, 4, 8 and 32, then 0xc3.
+ */
+Bytes platform_header(std::uint32_t message_type, std::uint32_t subtype, std::string_view word_a,
+                      std::string_view word_b);
+
 /** The first difference in words, empty if there is none. */
 std::string difference(const Bytes& expected, const Bytes& actual);
 
