@@ -27,6 +27,8 @@ class Reader {
       base_ = number(content.substr(5), 10);
     } else if (content.starts_with("zero to ")) {
       zero_to(base_ + number(content.substr(8), 10));
+    } else if (content.starts_with("header ")) {
+      header(content.substr(7));
     } else {
       field(content, remark);
     }
@@ -49,6 +51,18 @@ class Reader {
     if (end < bytes_.size()) throw std::invalid_argument("zero to an offset already passed");
     remarks_[bytes_.size()] = "zero";
     bytes_.resize(end);
+  }
+
+  void header(const std::string& content) {
+    std::istringstream words(content);
+    std::uint32_t message_type = 0;
+    std::uint32_t subtype = 0;
+    std::string word_a;
+    std::string word_b;
+    words >> message_type >> subtype >> word_a >> word_b;
+    if (words.fail()) throw std::invalid_argument("header TYPE SUBTYPE WORD_A WORD_B");
+    remarks_[bytes_.size()] = "the platform's part of the header";
+    bytes_ = bytes_ + platform_header(message_type, subtype, word_a, word_b);
   }
 
   void field(const std::string& content, const std::string& remark) {

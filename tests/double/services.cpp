@@ -46,12 +46,8 @@ void ficon_init_cmi_hdr(void* header, uint32_t msgtype, const char* word_a, cons
                         uint32_t subtype) {
   auto& platform = ScriptedPlatform::require("ficon_init_cmi_hdr");
   platform.note(call_text("ficon_init_cmi_hdr", msgtype, word_a, word_b, subtype));
-  const Bytes bytes = record(112)
-                          .be32(0, msgtype)
-                          .be32(4, subtype)
-                          .text(8, std::string_view(word_a == nullptr ? "" : word_a).substr(0, 24))
-                          .text(32, std::string_view(word_b == nullptr ? "" : word_b).substr(0, 24))
-                          .fill(56, 56, 0xc3);
+  const Bytes bytes = platform_header(msgtype, subtype, word_a == nullptr ? "" : word_a,
+                                      word_b == nullptr ? "" : word_b);
   std::memcpy(header, bytes.data(), bytes.size());
 }
 uint32_t ficon_send_get_portmap_nonblock(mts_handle_t handle, const char* word_a,
