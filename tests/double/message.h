@@ -26,6 +26,8 @@ struct ScriptedPlatform::Message {
     std::memcpy(payload, bytes.data(), bytes.size());
   }
 
+  bool released() const { return dropped || belongs_to_test || may_stay; }
+
   void drop() {
     delete[] payload;  // at once, so that a later look at it shows under a sanitizer
     payload = nullptr;
@@ -38,6 +40,7 @@ struct ScriptedPlatform::Message {
   std::uint8_t* payload = nullptr;
   bool dropped = false;
   bool belongs_to_test = false;
+  bool may_stay = false;
   bool lock_get = false;       // a reply that grants the lock once it is looked at
   bool enabled_vsans = false;  // a reply to the enabled-VSANs query
   Reply reply;                 // of a request: what its receives will find

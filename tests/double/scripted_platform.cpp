@@ -150,9 +150,8 @@ std::string ScriptedPlatform::printed() const {
 }
 
 bool ScriptedPlatform::messages_dropped() const {
-  return std::all_of(messages_.begin(), messages_.end(), [](const auto& message) {
-    return message->dropped || message->belongs_to_test;
-  });
+  return std::all_of(messages_.begin(), messages_.end(),
+                     [](const auto& message) { return message->released(); });
 }
 
 bool ScriptedPlatform::lock_balanced() const {
@@ -172,9 +171,7 @@ std::vector<std::string> ScriptedPlatform::complaints() const {
     found.push_back("never sent: opcode " + std::to_string(script_[i].opcode_));
   }
   for (const auto& message : messages_) {
-    if (!message->dropped && !message->belongs_to_test) {
-      found.push_back("never dropped: " + message->described());
-    }
+    if (!message->released()) found.push_back("never dropped: " + message->described());
   }
   if (!lock_balanced() && !lock_.may_stay) found.push_back("the lock is still held");
   for (const std::string& line : leaks()) found.push_back("never released: " + line);

@@ -136,6 +136,7 @@ std::int32_t ScriptedPlatform::play_send(const Expectation& expected, std::uint3
   if (expected.result_ != 0) error_ = expected.error_;
   if (expected.result_ < 0) return expected.result_;
   Message& request = create(msg, true, name);
+  request.may_stay = expected.result_ != 0;  // a failure to some callers, a message to others
   request.reply = expected.reply_;
   if (expected.opcode_ == kLockOpcode) request.lock_get = payload.at(kLockOperationOffset) == 1;
   return expected.result_;
