@@ -1,0 +1,3 @@
+// The same use as in C, of a header that is included twice.
+#include "public_header.c"
+#include "ficon_cmi.h"
