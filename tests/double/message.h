@@ -1,8 +1,8 @@
 /** A message of the scripted transport. */
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "double/scripted_platform.h"
@@ -22,8 +22,8 @@ struct ScriptedPlatform::Message {
 
   /** A block of the exact size, so that a read beyond it shows under a sanitizer. */
   void set_payload(const Bytes& bytes) {
-    payload = new std::uint8_t[bytes.size() + 1];
-    std::memcpy(payload, bytes.data(), bytes.size());
+    payload = new std::uint8_t[bytes.size()];
+    std::copy(bytes.begin(), bytes.end(), payload);
   }
 
   bool released() const { return dropped || belongs_to_test || may_stay; }
