@@ -1,5 +1,6 @@
 /** The message transport of the double. */
 #include <platform/mts.h>
+
 #include <cstring>
 
 #include "double/format.h"
