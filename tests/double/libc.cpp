@@ -44,12 +44,12 @@ ScriptedPlatform* observer() {
 
 template <class Allocate>
 void* allocate_as(const std::string& line, Allocate real) {
-  ScriptedPlatform* platform = observer();
+  ScriptedPlatform* platform = ScriptedPlatform::active();
   if (platform == nullptr) return real();
+  platform->note(line);
+  if (inside_tracked) return real();
   const bool tracked = line.starts_with("mtrack");
-  if (tracked) platform->note(line);
-  if (tracked && platform->faulted(line)) return nullptr;
-  if (platform->allocation_fails()) return nullptr;
+  if ((tracked && platform->faulted(line)) || platform->allocation_fails()) return nullptr;
   const InsideTracked inside;
   void* block = real();
   platform->allocated(block, line);

@@ -19,7 +19,8 @@ ScriptedPlatform* the_platform = nullptr;
 bool is_detail(std::string_view line) {
   return line.starts_with("tlv_") || line.starts_with("mts_payload_get") ||
          line.starts_with("mts_errno_get") || line.starts_with("ficon_init_cmi_hdr") ||
-         line.starts_with("syserr2str") || line.starts_with("sdwrap_");
+         line.starts_with("malloc") || line.starts_with("syserr2str") ||
+         line.starts_with("sdwrap_");
 }
 
 std::string in_short(const std::string& line) {
@@ -127,6 +128,12 @@ std::vector<std::string> ScriptedPlatform::calls(
     return std::find(names.begin(), names.end(), name) != names.end();
   });
   return found;
+}
+
+std::string ScriptedPlatform::lines(std::initializer_list<std::string_view> names) const {
+  std::string text;
+  for (const std::string& line : calls(names)) text += line + "\n";
+  return text;
 }
 
 std::string ScriptedPlatform::order() const {

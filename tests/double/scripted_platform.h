@@ -83,6 +83,8 @@ class ScriptedPlatform {
 
   /** Every call as a line; with names, only the calls of these functions. */
   std::vector<std::string> calls(std::initializer_list<std::string_view> names = {}) const;
+  /** The same as one text, a call a line: for comparisons that show what differs. */
+  std::string lines(std::initializer_list<std::string_view> names = {}) const;
   std::size_t count(std::string_view name) const { return calls({name}).size(); }
   /** The calls in short: "send 7865, token, drop request, recv, drop reply". Without the TLV and
    * payload calls. */
