@@ -61,7 +61,9 @@ uint32_t ficon_cmi_parse_vsan_info(mts_msg_ref_t* reply, ficon_cmi_vsan_cfg_t* r
   if (const Status failure = judge_vsan_info(reader)) return failure;
   reader.rewind();
   Tlv tlv{};
-  if (!reader.find(wire::TlvType::kVsanConfig, tlv)) return status::kInvalidPayload;
+  if (!reader.find(wire::TlvType::kVsanConfig, tlv)) {
+    return reader.status() != 0 ? reader.status() : status::kInvalidPayload;
+  }
   // the whole record, whatever length its TLV claims: intended
   __builtin_memcpy(record, tlv.value, sizeof *record);
   return status::kOk;
