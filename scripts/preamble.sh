@@ -11,6 +11,6 @@ build_preset() {
   if command -v ccache >/dev/null; then
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
   fi
-  cmake --preset "$preset" -Wno-dev --log-level=WARNING
+  cmake --preset "$preset" >/dev/null
   cmake --build --preset "$preset" ${@:+--target "$@"}
 }
