@@ -1,0 +1,18 @@
+/** Every object of the tool, one line each. */
+#include "command.h"
+
+namespace ficon::ctl {
+
+void register_vsan(CLI::App& app, Context& context);
+void register_lock(CLI::App& app, Context& context);
+void register_box(CLI::App& app, Context& context);
+void register_version(CLI::App& app, Context& context);
+
+void register_commands(CLI::App& app, Context& context) {
+  register_vsan(app, context);
+  register_lock(app, context);
+  register_box(app, context);
+  register_version(app, context);
+}
+
+}  // namespace ficon::ctl
