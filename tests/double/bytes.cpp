@@ -1,10 +1,9 @@
 #include "double/bytes.h"
 
-#include <doctest/doctest.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <stdexcept>
 
 namespace ficon::test {
 namespace {
@@ -14,6 +13,10 @@ Bytes native(Number value) {
   Bytes bytes(sizeof value);
   std::memcpy(bytes.data(), &value, sizeof value);
   return bytes;
+}
+
+void require_room(const Bytes& bytes, std::size_t offset, std::size_t count) {
+  if (offset + count > bytes.size()) throw std::out_of_range("a field beyond the end of a record");
 }
 
 std::string at(const Bytes& bytes, std::size_t offset) {
@@ -57,7 +60,7 @@ std::uint32_t read_be32(const Bytes& bytes, std::size_t offset) {
 }
 std::uint32_t read_host32(const Bytes& bytes, std::size_t offset) {
   std::uint32_t value = 0;
-  REQUIRE(bytes.size() >= offset + sizeof value);
+  require_room(bytes, offset, sizeof value);
   std::memcpy(&value, bytes.data() + offset, sizeof value);
   return value;
 }
@@ -81,7 +84,7 @@ Record& Record::fill(std::size_t offset, std::size_t count, std::uint8_t value) 
   return put(offset, Bytes(count, value));
 }
 Record& Record::put(std::size_t offset, const Bytes& field) {
-  REQUIRE(offset + field.size() <= bytes_.size());
+  require_room(bytes_, offset, field.size());
   std::copy(field.begin(), field.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
   return *this;
 }

@@ -1,7 +1,6 @@
 #include "double/golden.h"
 
-#include <doctest/doctest.h>
-
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -101,8 +100,9 @@ class Reader {
 }  // namespace
 
 Golden Golden::with(std::size_t offset, const Bytes& field, const std::string& remark) const {
+  if (offset + field.size() > bytes_.size())
+    throw std::out_of_range(name_ + ": patched beyond its end");
   Golden copy = *this;
-  REQUIRE(offset + field.size() <= bytes_.size());
   std::copy(field.begin(), field.end(), copy.bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
   copy.remarks_[offset] = remark;
   return copy;

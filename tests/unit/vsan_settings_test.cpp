@@ -13,7 +13,7 @@ std::uint32_t parse(ScriptedPlatform& platform, const Bytes& reply) {
 
 }  // namespace
 
-TEST_CASE("settings: fifteen operations, twelve of them with a form that does not block") {
+TEST_CASE("settings: fifteen operations, eleven of them with a form that does not block") {
   int nonblocking = 0;
   std::uint32_t operation = 0;
   for (const VsanSetting& setting : vsan_settings()) {
