@@ -1,7 +1,7 @@
 /**
  * Event history and debug output. Both are off until somebody wants to look:
  *
- *   FICON_EVENT_LOG=FILE  events are appended to FILE, one line each
+ *   FICON_EVENT_LOG=FILE  events are appended to FILE, one line each; a full one becomes FILE.1
  *   FICON_DEBUG=1         debug output goes to standard error
  */
 #include <platform/diagnostics.h>
@@ -18,6 +18,9 @@
 namespace {
 
 std::mutex event_mutex;
+
+/** A history, not an archive: at most twice this much is kept. */
+constexpr long kFullLog = 1024 * 1024;
 
 const char* event_log() {
   return std::getenv("FICON_EVENT_LOG");
@@ -58,10 +61,12 @@ void sdwrap_hist_event(uint32_t id, uint32_t length, const void* data) {
   const char* path = event_log();
   if (path == nullptr) return;
   const std::lock_guard guard(event_mutex);
-  std::FILE* log = std::fopen(path, "a");
+  std::FILE* log = std::fopen(path, "ae");
   if (log == nullptr) return;
   std::fprintf(log, "%s 0x%x %s\n", time_of_day().c_str(), id, one_line(data, length).c_str());
+  const bool full = std::ftell(log) >= kFullLog;
   std::fclose(log);
+  if (full) std::rename(path, (std::string(path) + ".1").c_str());
 }
 
 int32_t sdwrap_chk_int(uint32_t /*arg1*/, uint32_t /*arg2*/, uint32_t /*arg3*/, uint32_t /*arg4*/) {
@@ -69,6 +74,7 @@ int32_t sdwrap_chk_int(uint32_t /*arg1*/, uint32_t /*arg2*/, uint32_t /*arg3*/, 
 }
 
 void buginf(uint32_t /*level*/, const char* module, uint32_t /*arg3*/, const char* format, ...) {
+  if (!debugging()) return;
   std::va_list arguments;
   va_start(arguments, format);
   std::fprintf(stderr, "%s: ", module);

@@ -3,6 +3,7 @@
 #include <platform/mts.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "protocol/services.h"
@@ -27,8 +28,9 @@ uint32_t fm_cmi_set_feature_wait(mts_handle_t handle, const char* feature, const
   const mts_recv_opts_t options{{1, 0, arg5 * kMillisecondsPerSecond, mts_rr_token_get(&message)}};
   mts_drop(handle, &message);
   mts_msg_ref_t reply{};
-  if (mts_recv(handle, &reply, &options) != 0) {
-    return static_cast<std::uint32_t>(mts_errno_get(handle));
+  while (mts_recv(handle, &reply, &options) != 0) {
+    const std::int32_t error = mts_errno_get(handle);
+    if (error != EINTR) return static_cast<std::uint32_t>(error);
   }
   const auto* answer = static_cast<const platform::EnableFeatureReply*>(mts_payload_get(&reply));
   const Status result = answer == nullptr ? status::kNoReply : answer->status.get();

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -41,8 +42,8 @@ class Tracker {
     use.bytes += block.size;
   }
 
-  /** The block that was there, or one of size 0. */
-  Block remove(void* memory) {
+  /** The block that was there, if it was one of ours. */
+  std::optional<Block> remove(void* memory) {
     const std::lock_guard guard(mutex_);
     return forget(memory);
   }
@@ -52,25 +53,30 @@ class Tracker {
     names_[{module, type}] = name;
   }
 
-  /** A line for each kind; only those with blocks in use, or all that ever were. */
-  int print(bool all) {
+  /** A line for each kind with blocks in use; in detail all kinds, then each block. */
+  int print(bool detail) {
     const std::lock_guard guard(mutex_);
     int kinds = 0;
     for (const auto& [kind, use] : uses_) {
-      if (!all && use.blocks == 0) continue;
+      if (!detail && use.blocks == 0) continue;
       const auto name = names_.find(kind);
       std::printf("module %u type %u %s: %zu blocks, %zu bytes in use, %zu allocations\n",
                   kind.first, kind.second, name == names_.end() ? "" : name->second.c_str(),
                   use.blocks, use.bytes, use.allocations);
       ++kinds;
     }
+    if (!detail) return kinds;
+    for (const auto& [memory, block] : blocks_) {
+      std::printf("  %p: %zu bytes of module %u type %u\n", memory, block.size, block.module,
+                  block.type);
+    }
     return kinds;
   }
 
  private:
-  Block forget(void* memory) {
+  std::optional<Block> forget(void* memory) {
     const auto found = blocks_.find(memory);
-    if (found == blocks_.end()) return {};
+    if (found == blocks_.end()) return std::nullopt;
     const Block block = found->second;
     Use& use = uses_[{block.module, block.type}];
     --use.blocks;
@@ -106,14 +112,14 @@ void* mtrack_int_alloc(uint32_t module, uint32_t type, size_t size, uintptr_t) {
 }
 
 void* mtrack_int_realloc(void* pointer, size_t size, uintptr_t) {
-  const Block before = tracker().remove(pointer);
-  void* memory = std::realloc(pointer, size);
-  if (memory != nullptr) {
-    tracker().add(memory, {before.module, before.type, size});
-  } else if (before.size != 0) {
-    tracker().add(pointer, before);
+  const std::optional<Block> before = tracker().remove(pointer);
+  void* memory = std::realloc(pointer, size == 0 ? 1 : size);
+  if (memory == nullptr) {
+    if (before) tracker().add(pointer, *before);  // it is still there
+  } else if (before) {
+    tracker().add(memory, {before->module, before->type, size});
   }
-  return memory;
+  return memory;  // a block that is not ours stays so
 }
 
 void mtrack_int_free(void* pointer, uintptr_t) {

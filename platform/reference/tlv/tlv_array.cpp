@@ -29,6 +29,7 @@ struct TlvHead {
 static_assert(ficon::wire::is_packed<TlvHead, 4>);
 
 // What add and next answer when they refuse: the Linux numbers that callers' tools can explain.
+constexpr std::uint32_t kInvalid = 22;     // EINVAL
 constexpr std::uint32_t kNoSpace = 28;     // ENOSPC
 constexpr std::uint32_t kBadMessage = 74;  // EBADMSG
 constexpr std::uint32_t kEndOfArray = 61;  // ENODATA
@@ -82,7 +83,9 @@ std::uint32_t look(const void* array, std::uint32_t offset, std::uint32_t alignm
 
 uint32_t tlv_aligned_array_add_tlv(void* array, uint32_t capacity, uint16_t type, uint16_t length,
                                    const void* value, uint32_t align) {
+  if (array == nullptr || (value == nullptr && length != 0)) return kInvalid;
   if (capacity < sizeof(ArrayHead)) return kNoSpace;
+  if (used(array) < sizeof(ArrayHead)) return kBadMessage;  // the buffer was not zeroed
   const std::uint64_t offset = padded(used(array), align);
   const std::uint64_t end = padded(offset + sizeof(TlvHead) + length, align);
   if (end > capacity) return kNoSpace;

@@ -25,8 +25,14 @@ TransportError error_from(int error_number) {
       return TransportError::kInterrupted;
     case EAGAIN:
       return TransportError::kTimedOut;
-    default:
+    case EPIPE:
+    case ECONNRESET:
+    case ECONNREFUSED:
+    case ENOTCONN:
+    case ENOENT:
       return TransportError::kGone;
+    default:  // no right to connect, no descriptor left: to be told apart from an absent daemon
+      return static_cast<TransportError>(error_number);
   }
 }
 
@@ -35,31 +41,45 @@ timeval to_timeval(std::uint32_t milliseconds) {
           static_cast<suseconds_t>(milliseconds % 1000 * 1000)};
 }
 
+/** Holds for connecting, too. */
+void bound_sends(int fd) {
+  const timeval wait = to_timeval(kSendWaitMs);
+  setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof wait);
+}
+
+/** A connected descriptor, or -1 with the reason in `errno`. */
 int connect_to(const std::string& path) {
+  static_assert(kMaxSocketPath < sizeof(sockaddr_un::sun_path));
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path) return -1;
-  std::memcpy(address.sun_path, path.data(), path.size());
+  std::memcpy(address.sun_path, path.data(), std::min(path.size(), kMaxSocketPath));
   const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
+  bound_sends(fd);
   if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    const int reason = errno;
     ::close(fd);
+    errno = reason;
     return -1;
   }
   return fd;
 }
 
-bool is_frame_of_reply(const FrameHeader& header, std::size_t payload,
-                       std::size_t expected_offset) {
-  const std::size_t total = header.total.get();
-  const std::size_t offset = header.offset.get();
+bool is_reply(const FrameHeader& header) {
   return header.magic.get() == kFrameMagic && header.version.get() == kFrameVersion &&
-         header.kind.get() == static_cast<std::uint16_t>(FrameKind::kReply) &&
-         total <= kMaxMessage && offset == expected_offset && offset + payload <= total &&
-         (payload != 0 || total == 0);
+         header.kind.get() == static_cast<std::uint16_t>(FrameKind::kReply);
 }
 
 }  // namespace
+
+/** The frame goes on where the last one ended, and belongs to the same message. */
+bool Connection::expects(const FrameHeader& header, std::size_t payload) const {
+  const std::size_t total = header.total.get();
+  if (total > kMaxMessage || payload > total || (payload == 0 && total != 0)) return false;
+  if (header.offset.get() != received_ || payload > total - received_) return false;
+  return received_ == 0 ||
+         (header.token.get() == first_frame_.token.get() && total == first_frame_.total.get());
+}
 
 Connection::Connection(std::string endpoint, int fd) : endpoint_(std::move(endpoint)) {
   if (fd >= 0) take_over(fd);
@@ -73,18 +93,18 @@ void Connection::close() {
 
 TransportError Connection::reach() {
   constexpr std::string_view kUnix = "unix:";
-  const int fd = endpoint_.starts_with(kUnix) ? connect_to(endpoint_.substr(kUnix.size()))
-                                              : connect_embedded(endpoint_);
-  if (fd < 0) return TransportError::kGone;
+  const bool is_unix = endpoint_.starts_with(kUnix);
+  const int fd = is_unix ? connect_to(endpoint_.substr(kUnix.size())) : connect_embedded(endpoint_);
+  if (fd < 0) return is_unix ? error_from(errno) : TransportError::kGone;
   take_over(fd);
   return TransportError::kNone;
 }
 
 void Connection::take_over(int fd) {
   fd_ = fd;
+  ++generation_;
   receive_wait_ms_ = 0;
-  const timeval wait = to_timeval(kSendWaitMs);
-  setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &wait, sizeof wait);
+  bound_sends(fd);
 }
 
 TransportError Connection::send_frames(const FrameHeader& first, const std::uint8_t* payload,
@@ -98,7 +118,10 @@ TransportError Connection::send_frames(const FrameHeader& first, const std::uint
     msghdr packet{};
     packet.msg_iov = parts;
     packet.msg_iovlen = piece == 0 ? 1 : 2;
-    if (sendmsg(fd_, &packet, MSG_NOSIGNAL) < 0) return error_from(errno);
+    if (sendmsg(fd_, &packet, MSG_NOSIGNAL) < 0) {
+      if (errno == EINTR && sent != 0) continue;  // a message begun is sent whole
+      return error_from(errno);
+    }
     sent += piece;
   } while (sent < length);
   return TransportError::kNone;
@@ -112,7 +135,7 @@ TransportError Connection::send(const FrameHeader& first, const void* payload, s
   }
   TransportError error = send_frames(first, bytes, length);
   if (error == TransportError::kGone && was_connected) {
-    // The daemon of the last call went away; perhaps another one is there by now.
+    // The daemon of the last call went away before it took this one; perhaps it is back by now.
     close();
     error = reach();
     if (error == TransportError::kNone) error = send_frames(first, bytes, length);
@@ -141,17 +164,18 @@ TransportError Connection::receive(Message& message, std::uint32_t wait_ms, Fram
   const ssize_t size = recvmsg(fd_, &packet, 0);
   if (size <= 0) {
     const TransportError error = size == 0 ? TransportError::kGone : error_from(errno);
-    if (error == TransportError::kGone) close();
+    if (error != TransportError::kInterrupted && error != TransportError::kTimedOut) close();
     return error;
   }
-  const auto payload = static_cast<std::size_t>(size) -
-                       std::min<std::size_t>(static_cast<std::size_t>(size), sizeof header);
-  if (static_cast<std::size_t>(size) < sizeof header || (packet.msg_flags & MSG_TRUNC) != 0 ||
-      !is_frame_of_reply(header, payload, received_)) {
+  const auto length = static_cast<std::size_t>(size);
+  const std::size_t payload = length - std::min(length, sizeof header);
+  message.note_written(received_ + payload);
+  if (length < sizeof header || (packet.msg_flags & MSG_TRUNC) != 0 || !is_reply(header) ||
+      !expects(header, payload)) {
     close();
     return TransportError::kProtocol;
   }
-  message.note_written(received_ + payload);
+  if (received_ == 0) first_frame_ = header;
   received_ += payload;
   complete = received_ == header.total.get();
   if (complete) {

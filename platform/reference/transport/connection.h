@@ -9,7 +9,7 @@
 
 namespace ficon::platform {
 
-/** The transport's error numbers: Linux's. */
+/** The transport's error numbers: Linux's, any other of which may also be a value. */
 enum class TransportError : std::int32_t {
   kNone = 0,
   kInterrupted = 4,  // EINTR
@@ -20,6 +20,9 @@ enum class TransportError : std::int32_t {
   kProtocol = 71,    // EPROTO: what came is no frame
   kTooLong = 90,     // EMSGSIZE
 };
+
+/** The longest path of a socket. */
+inline constexpr std::size_t kMaxSocketPath = 107;
 
 class Connection {
  public:
@@ -41,7 +44,11 @@ class Connection {
 
   void close();
 
+  /** Grows with each connection made: what was sent on an earlier one is never answered. */
+  std::uint32_t generation() const { return generation_; }
+
  private:
+  bool expects(const FrameHeader& header, std::size_t payload) const;
   TransportError reach();
   void take_over(int fd);
   TransportError send_frames(const FrameHeader& first, const std::uint8_t* payload,
@@ -50,8 +57,10 @@ class Connection {
 
   std::string endpoint_;
   int fd_ = -1;
+  std::uint32_t generation_ = 0;
   std::uint32_t receive_wait_ms_ = 0;  // as the socket has it
   std::size_t received_ = 0;           // payload bytes of a message whose frames are coming in
+  FrameHeader first_frame_{};          // of that message
 };
 
 }  // namespace ficon::platform

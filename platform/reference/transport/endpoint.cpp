@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "transport/connection.h"
 #include "transport/embedded.h"
 #include "transport/open.h"
 
@@ -53,6 +54,12 @@ mts_handle_t ficon_mts_open(const char* endpoint, char* error, size_t error_size
   const bool embedded = wanted.starts_with(kEmbedded) && wanted.size() > kEmbedded.size();
   if (!embedded && !(wanted.starts_with(kUnix) && wanted.size() > kUnix.size())) {
     tell(error, error_size, "\"" + wanted + "\" is no endpoint: use embedded:DIR or unix:PATH");
+    return nullptr;
+  }
+  if (!embedded && wanted.size() > kUnix.size() + kMaxSocketPath) {
+    tell(error, error_size,
+         "\"" + wanted + "\": the path of a socket has at most " + std::to_string(kMaxSocketPath) +
+             " characters");
     return nullptr;
   }
   if (embedded) {

@@ -34,8 +34,13 @@ std::int64_t received_length(const void* payload) {
   return found == received_payloads.end() ? -1 : static_cast<std::int64_t>(found->length);
 }
 
-void Message::prepare(std::size_t size) {
+void Message::clear() {
+  if (length_ != 0) forget(bytes_.data());
   length_ = 0;
+}
+
+void Message::prepare(std::size_t size) {
+  clear();
   if (capacity() < size) bytes_.resize(size + kReplySlack);
 }
 
@@ -54,8 +59,7 @@ Message* MessagePool::take() {
 }
 
 void MessagePool::give_back(Message* message) {
-  if (message->payload() != nullptr) forget(message->payload());
-  message->prepare(0);
+  message->clear();
   free_.push_back(message);
 }
 

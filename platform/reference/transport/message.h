@@ -15,8 +15,15 @@ inline constexpr std::size_t kReplySlack = 64 * 1024;
 
 class Message {
  public:
+  Message() = default;
+  Message(const Message&) = delete;
+  Message& operator=(const Message&) = delete;
+  ~Message() { clear(); }
+
   std::uint32_t token = 0;
 
+  /** Without a payload; what it pointed to may be reused. */
+  void clear();
   /** Empty and ready for a payload of up to `size` bytes. */
   void prepare(std::size_t size);
   /** Where the payload goes. */

@@ -21,7 +21,8 @@ namespace {
 /** A request whose reply may still come and is still wanted. */
 struct Outstanding {
   std::uint32_t token;
-  Clock::time_point sent;
+  std::uint32_t generation;  // of the connection that it went out on
+  Clock::time_point sent;    // when somebody observes
   std::uint32_t node, sap, opcode;
 };
 
@@ -47,10 +48,6 @@ struct mts_handle {
   auto find(std::uint32_t token) {
     return std::ranges::find(outstanding, token, &Outstanding::token);
   }
-  /** Nobody waits for this token any more: a late reply is dropped when it comes. */
-  void give_up(std::uint32_t token) {
-    std::erase_if(outstanding, [&](const Outstanding& request) { return request.token == token; });
-  }
   void observe(const ficon_mts_event_t& event) const {
     if (observer != nullptr) observer(&event, observer_context);
   }
@@ -59,7 +56,12 @@ struct mts_handle {
                     mts_msg_ref_t* msg);
   std::int32_t receive(std::uint32_t token, std::uint32_t wait_ms, mts_msg_ref_t* reply);
   TransportError receive_message(std::uint32_t wait_ms, Message*& message);
+  TransportError check_awaited(std::uint32_t token);
+  void keep(Message* message);
   Message* take_kept(std::uint32_t token);
+  void give_up(std::uint32_t token);
+  std::int32_t fail_receive(std::uint32_t token, TransportError why);
+  void observe_reply(std::uint32_t token, TransportError error, Message* message);
   void deliver(Message* message, mts_msg_ref_t* reply);
 
   MessagePool pool;
@@ -78,13 +80,11 @@ std::int32_t mts_handle::send(const FrameHeader& header, const void* payload, st
   const TransportError failure = connection.send(header, payload, length);
   observe({0, header.node.get(), header.sap.get(), header.opcode.get(), header.token.get(), length,
            static_cast<std::int32_t>(failure), 0, payload});
-  if (failure != TransportError::kNone) {
-    if (failure == TransportError::kGone) outstanding.clear();
-    return fail(failure);
-  }
-  if (outstanding.size() == kMaxOutstanding) outstanding.erase(outstanding.begin());
-  outstanding.push_back(
-      {header.token.get(), Clock::now(), header.node.get(), header.sap.get(), header.opcode.get()});
+  if (failure != TransportError::kNone) return fail(failure);
+  if (outstanding.size() == kMaxOutstanding) give_up(outstanding.front().token);
+  outstanding.push_back({header.token.get(), connection.generation(),
+                         observer == nullptr ? Clock::time_point() : Clock::now(),
+                         header.node.get(), header.sap.get(), header.opcode.get()});
   Message* message = pool.take();
   message->token = header.token.get();
   msg->impl = message;
@@ -99,16 +99,53 @@ Message* mts_handle::take_kept(std::uint32_t token) {
   return message;
 }
 
-void mts_handle::deliver(Message* message, mts_msg_ref_t* reply) {
-  reply->impl = message;
-  const auto request = find(message->token);
-  if (request == outstanding.end()) return;
+/** For its receiver, or nobody: late replies, and second ones, end here. */
+void mts_handle::keep(Message* message) {
+  const bool wanted = find(message->token) != outstanding.end();
+  const bool second = std::ranges::find(kept, message->token, &Message::token) != kept.end();
+  if (wanted && !second) {
+    kept.push_back(message);
+  } else {
+    pool.give_back(message);
+  }
+}
+
+/** Nobody waits for this token any more: a late reply is dropped when it comes. */
+void mts_handle::give_up(std::uint32_t token) {
+  if (Message* message = take_kept(token)) pool.give_back(message);
+  std::erase_if(outstanding, [&](const Outstanding& request) { return request.token == token; });
+}
+
+/** Without this check a receive could wait for ever for what cannot come. */
+TransportError mts_handle::check_awaited(std::uint32_t token) {
+  const auto request = find(token);
+  if (request == outstanding.end()) return TransportError::kInvalid;
+  return request->generation == connection.generation() ? TransportError::kNone
+                                                        : TransportError::kGone;
+}
+
+void mts_handle::observe_reply(std::uint32_t token, TransportError error_number, Message* message) {
+  const auto request = find(token);
+  if (observer == nullptr || request == outstanding.end()) return;
   const auto elapsed =
       std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - request->sent);
-  observe({1, request->node, request->sap, request->opcode, message->token,
-           static_cast<std::uint32_t>(message->length()), 0,
-           static_cast<std::uint64_t>(elapsed.count()), message->payload()});
-  outstanding.erase(request);
+  const std::size_t length = message == nullptr ? 0 : message->length();
+  observe({1, request->node, request->sap, request->opcode, token,
+           static_cast<std::uint32_t>(length), static_cast<std::int32_t>(error_number),
+           static_cast<std::uint64_t>(elapsed.count()),
+           message == nullptr ? nullptr : message->payload()});
+}
+
+std::int32_t mts_handle::fail_receive(std::uint32_t token, TransportError why) {
+  observe_reply(token, why, nullptr);
+  if (why != TransportError::kInterrupted) give_up(token);
+  return fail(why);
+}
+
+void mts_handle::deliver(Message* message, mts_msg_ref_t* reply) {
+  reply->impl = message;
+  observe_reply(message->token, TransportError::kNone, message);
+  give_up(message->token);
 }
 
 /** The next whole message, or null with kNone while its frames are still coming in. */
@@ -130,33 +167,23 @@ std::int32_t mts_handle::receive(std::uint32_t token, std::uint32_t wait_ms, mts
     deliver(early, reply);
     return 0;
   }
-  const Clock::time_point start = Clock::now();
+  if (const TransportError refused = check_awaited(token); refused != TransportError::kNone) {
+    return fail_receive(token, refused);
+  }
+  const Clock::time_point start = wait_ms == 0 ? Clock::time_point() : Clock::now();
   std::uint32_t left_ms = wait_ms;
   for (;;) {
     Message* message = nullptr;
     const TransportError failure = receive_message(left_ms, message);
-    if (failure != TransportError::kNone) {
-      if (failure == TransportError::kTimedOut) give_up(token);
-      if (failure == TransportError::kGone || failure == TransportError::kProtocol) {
-        outstanding.clear();
-      }
-      return fail(failure);
-    }
+    if (failure != TransportError::kNone) return fail_receive(token, failure);
     if (message != nullptr && message->token == token) {
       deliver(message, reply);
       return 0;
     }
-    if (message != nullptr && find(message->token) != outstanding.end()) {
-      kept.push_back(message);
-    } else if (message != nullptr) {
-      pool.give_back(message);
-    }
+    if (message != nullptr) keep(message);
     if (wait_ms == 0) continue;
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-    if (passed.count() >= wait_ms) {
-      give_up(token);
-      return fail(TransportError::kTimedOut);
-    }
+    if (passed.count() >= wait_ms) return fail_receive(token, TransportError::kTimedOut);
     left_ms = wait_ms - static_cast<std::uint32_t>(passed.count());
   }
 }
@@ -170,6 +197,7 @@ int32_t mts_send(mts_handle_t handle, uint32_t node, uint32_t sap, uint32_t opco
                  kMaxMessage);
     return handle->fail(TransportError::kTooLong);
   }
+  if (payload == nullptr && length != 0) return handle->fail(TransportError::kInvalid);
   FrameHeader header{};
   header.magic.set(kFrameMagic);
   header.version.set(kFrameVersion);
@@ -184,6 +212,7 @@ int32_t mts_send(mts_handle_t handle, uint32_t node, uint32_t sap, uint32_t opco
 
 int32_t mts_recv(mts_handle_t handle, mts_msg_ref_t* reply, const mts_recv_opts_t* opts) {
   if (handle == nullptr) return -1;
+  if (opts == nullptr) return handle->fail(TransportError::kInvalid);
   return handle->receive(opts->word[kTokenWord], opts->word[kWaitWord], reply);
 }
 
