@@ -105,6 +105,8 @@ class ScriptedPlatform {
   std::vector<std::string> leaks() const;
   /** The whole script was played, every message dropped, the lock free, nothing leaked. */
   bool finished() const;
+  /** What `finished` finds wanting, as lines. */
+  std::vector<std::string> complaints() const;
 
   // ---- faults ----
 
@@ -172,7 +174,6 @@ class ScriptedPlatform {
                          const Bytes& payload, mts_msg_ref_t* msg, const mts_send_opts_t* opts);
   std::int32_t play_lock(const Bytes& payload, mts_msg_ref_t* msg);
   void note_lock_request(const Bytes& payload, bool sent);
-  std::vector<std::string> complaints() const;
 
   std::deque<Expectation> script_;
   std::size_t played_ = 0;
