@@ -81,8 +81,8 @@ std::vector<std::uint32_t> expand(const std::vector<NumberRange>& ranges) {
     for (std::uint32_t n = range.first; n <= range.last; ++n) numbers.push_back(n);
   }
   std::ranges::sort(numbers);
-  const auto repeated = std::ranges::unique(numbers);
-  numbers.erase(repeated.begin(), repeated.end());
+  const auto repeated = std::unique(numbers.begin(), numbers.end());
+  numbers.erase(repeated, numbers.end());
   return numbers;
 }
 

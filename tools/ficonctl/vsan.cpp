@@ -119,7 +119,7 @@ struct Setting {
 Setting parse_setting(const std::string& text) {
   auto [field, value] = parse_assignment(text);
   const auto* mode =
-      std::ranges::find_if(kModes, [&](const ModeField& m) { return field == m.name; });
+      std::ranges::find_if(kModes, [&name = field](const ModeField& m) { return name == m.name; });
   if (mode != std::end(kModes)) return {field, mode, parse_switch(value, field) ? 1U : 0U};
   if (field == kFcidLastByte) return {field, nullptr, parse_number(value, 0, 255, field)};
   if (field == kCodepage) return {field, nullptr, parse_number(value, 1, 65535, field)};
