@@ -1,0 +1,49 @@
+#include "handlers/box_status.h"
+
+#include <string_view>
+
+#include "wire/box_status.h"
+#include "wire/cmi_header.h"
+
+namespace ficon::emulator {
+namespace {
+
+/** One line of the status: a number and what it counts. */
+struct StatusEntry {
+  wire::be32 value;
+  wire::bytes<24> label;  // ASCII, NUL-padded
+};
+static_assert(wire::is_packed<StatusEntry, sizeof(wire::BoxStatusEntry)>);
+
+void add_entry(Bytes& reply, std::string_view label, std::size_t value) {
+  StatusEntry entry{};
+  entry.value.set(static_cast<std::uint32_t>(value));
+  label.copy(reinterpret_cast<char*>(entry.label.raw), sizeof entry.label.raw - 1);
+  const Bytes bytes = to_bytes(entry);
+  reply.insert(reply.end(), bytes.begin(), bytes.end());
+}
+
+}  // namespace
+
+Answer handle_box_status(const Request& request, Switch& model) {
+  if (request.payload.size() != sizeof(wire::PlatformHeader)) {
+    return Malformed{"box status is not a header of 112 bytes"};
+  }
+  wire::BoxStatusHead head{};
+  head.group_count = 1;
+  Bytes reply = to_bytes(head);
+  add_entry(reply, "ficon feature", model.feature_enabled() ? 1 : 0);
+  add_entry(reply, "ficon vsans", model.vsans().size());
+  add_entry(reply, "locks held", model.sessions.locks.count());
+  add_entry(reply, "history entries", model.history.entries().size());
+  add_entry(reply, "history position", model.history.last_position());
+  return reply;
+}
+
+Bytes box_status_reply(ByteView, FcdStatus status) {
+  wire::BoxStatusHead head{};
+  head.status.set(static_cast<Status>(status));
+  return to_bytes(head);
+}
+
+}  // namespace ficon::emulator

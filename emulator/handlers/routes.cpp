@@ -1,0 +1,68 @@
+#include "handlers/routes.h"
+
+#include "handlers/box_status.h"
+#include "handlers/ficon_state.h"
+#include "handlers/lock.h"
+#include "handlers/platform_services.h"
+#include "handlers/tlv_message.h"
+#include "handlers/vsan_config.h"
+#include "protocol/services.h"
+#include "wire/address.h"
+#include "wire/opcode.h"
+
+namespace ficon::emulator {
+namespace {
+
+constexpr Route fcd(wire::Opcode opcode, const char* name, Handler handle, StatusReply reply) {
+  return {wire::kFcdNode, wire::kRequestSap, static_cast<std::uint32_t>(opcode), name, handle,
+          reply};
+}
+
+template <class ServiceOpcode>
+constexpr Route service(platform::ServiceSap sap, ServiceOpcode opcode, const char* name,
+                        Handler handle, StatusReply reply) {
+  return {wire::kFcdNode,
+          static_cast<std::uint32_t>(sap),
+          static_cast<std::uint32_t>(opcode),
+          name,
+          handle,
+          reply};
+}
+
+using platform::FeatureManagerOpcode;
+using platform::FiconBaseOpcode;
+using platform::ServiceSap;
+using wire::Opcode;
+
+// clang-format off: one line a request
+constexpr Route kRoutes[] = {
+    fcd(Opcode::kFiconState, "FICON state", handle_ficon_state, ficon_state_status_reply),
+    fcd(Opcode::kVsanInfo, "VSAN information", handle_vsan_info, header_status_reply),
+    fcd(Opcode::kVsanConfig, "VSAN configuration", handle_vsan_config, header_status_reply),
+    fcd(Opcode::kBoxStatus, "box status", handle_box_status, box_status_reply),
+    {wire::kFcdNode, wire::kLockSap, static_cast<std::uint32_t>(Opcode::kLock), "lock", handle_lock,
+     lock_status_reply},
+
+    service(ServiceSap::kFiconBase, FiconBaseOpcode::kEnabledVsans, "enabled VSANs",
+            handle_enabled_vsans, enabled_vsans_status_reply),
+    service(ServiceSap::kFeatureManager, FeatureManagerOpcode::kEnableFeature, "feature",
+            handle_enable_feature, enable_feature_status_reply),
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const Route> routes() {
+  return kRoutes;
+}
+
+const Route* find_route(const Request& request) {
+  for (const Route& route : kRoutes) {
+    if (route.opcode == request.opcode && route.sap == request.sap && route.node == request.node) {
+      return &route;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace ficon::emulator

@@ -1,0 +1,14 @@
+/** What belongs to connections: never stored, gone when the connection is. */
+#pragma once
+
+#include "model/lock.h"
+
+namespace ficon::emulator {
+
+struct Sessions {
+  Locks locks;
+
+  void connection_closed(ConnectionId connection) { locks.connection_closed(connection); }
+};
+
+}  // namespace ficon::emulator

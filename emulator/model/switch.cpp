@@ -1,0 +1,150 @@
+#include "model/switch.h"
+
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+namespace ficon::emulator {
+
+Clocks Clocks::of_the_system() {
+  using std::chrono::duration_cast;
+  using std::chrono::seconds;
+  return {
+      [] {
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        return std::int64_t{duration_cast<seconds>(now).count()};
+      },
+      [] {
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        return std::int64_t{duration_cast<seconds>(now).count()};
+      },
+  };
+}
+
+std::string history_object(std::uint32_t position) {
+  char name[24];  // ten digits, so that the store's order is the order of the positions
+  std::snprintf(name, sizeof name, "history/%010u", position);
+  return name;
+}
+
+Switch::Switch(SwitchOptions options)
+    : history(options.history_capacity), options_(std::move(options)) {}
+
+const Vsan* Switch::find_vsan(std::uint32_t number) const {
+  if (!is_vsan(number)) return nullptr;
+  const auto place = vsans_.find(static_cast<VsanNumber>(number));
+  return place == vsans_.end() ? nullptr : &place->second;
+}
+
+const Vsan* Switch::next_vsan(std::uint32_t number) const {
+  if (number >= kLastVsan) return nullptr;
+  const auto place = vsans_.upper_bound(static_cast<VsanNumber>(number));
+  return place == vsans_.end() ? nullptr : &place->second;
+}
+
+FcdStatus Switch::check_vsan(std::uint32_t number) const {
+  if (!is_vsan(number)) return FcdStatus::kVsanOutOfRange;
+  return find_vsan(number) == nullptr ? FcdStatus::kVsanWithoutFicon : FcdStatus::kDone;
+}
+
+bool Switch::enable_feature() {
+  if (feature_enabled_) return false;
+  feature_enabled_ = true;
+  touched.object(std::string(kFeatureObject));
+  record(0, Asker{}, Change::kFeatureEnabled, "ficon");
+  return true;
+}
+
+FcdStatus Switch::enable_ficon(std::uint32_t number, const Asker& asker) {
+  if (!is_vsan(number)) return FcdStatus::kVsanOutOfRange;
+  if (asker.requester == Requester::kUnknown) return FcdStatus::kUnknownRequester;
+  if (!feature_enabled_) return FcdStatus::kFeatureOff;
+  if (find_vsan(number) != nullptr) return FcdStatus::kDone;
+  const auto vsan = static_cast<VsanNumber>(number);
+  vsans_.try_emplace(vsan, vsan);
+  touched.object(vsan_object(vsan));
+  record(vsan, asker, Change::kFiconEnabled, {});
+  return FcdStatus::kDone;
+}
+
+FcdStatus Switch::disable_ficon(std::uint32_t number, const Asker& asker) {
+  if (!is_vsan(number)) return FcdStatus::kVsanOutOfRange;
+  if (asker.requester == Requester::kUnknown) return FcdStatus::kUnknownRequester;
+  if (find_vsan(number) == nullptr) return FcdStatus::kDone;
+  const VsanAccess access = change_vsan(number, asker);
+  if (access.status != FcdStatus::kDone) return access.status;
+  const VsanNumber vsan = access.vsan->number;
+  vsans_.erase(vsan);
+  touched.object(vsan_object(vsan));
+  touched.erased_below(vsan_object(vsan));
+  record(vsan, asker, Change::kFiconDisabled, {});
+  return FcdStatus::kDone;
+}
+
+FcdStatus Switch::check_requester(const Vsan& vsan, Requester requester) const {
+  switch (requester) {
+    case Requester::kOperator:
+    case Requester::kUnstated:
+      return FcdStatus::kDone;
+    case Requester::kAgent:
+      return vsan.modes.prohibit_snmp ? FcdStatus::kSnmpProhibited : FcdStatus::kDone;
+    case Requester::kHost:
+      return vsan.modes.prohibit_host_control ? FcdStatus::kHostControlProhibited
+                                              : FcdStatus::kDone;
+    case Requester::kUnknown:
+      break;
+  }
+  return FcdStatus::kUnknownRequester;
+}
+
+VsanAccess Switch::change_vsan(std::uint32_t number, const Asker& asker) {
+  if (const FcdStatus status = check_vsan(number); status != FcdStatus::kDone) return {status};
+  Vsan& vsan = vsans_.at(static_cast<VsanNumber>(number));
+  if (const FcdStatus status = check_requester(vsan, asker.requester); status != FcdStatus::kDone) {
+    return {status};
+  }
+  if (sessions.locks.held_against(vsan.number, asker.connection)) return {FcdStatus::kLockBusy};
+  return {FcdStatus::kDone, &vsan};
+}
+
+void Switch::changed(Vsan& vsan, const Asker& asker, Change change, std::string detail) {
+  ++vsan.key_counter;  // wraps to 0, as a counter of 32 bits does
+  touched.object(vsan_object(vsan.number));
+  record(vsan.number, asker, change, std::move(detail));
+}
+
+void Switch::record(VsanNumber vsan, const Asker& asker, Change change, std::string detail) {
+  const std::uint32_t gone = history.append({.time = options_.clocks.seconds_since_1970(),
+                                             .vsan = vsan,
+                                             .requester = asker.requester,
+                                             .change = change,
+                                             .detail = std::move(detail)});
+  touched.object(history_object(history.last_position()));
+  if (gone != 0) touched.object(history_object(gone));
+}
+
+FcdStatus Switch::get_lock(std::uint32_t number, const Asker& asker) {
+  if (const FcdStatus status = check_vsan(number); status != FcdStatus::kDone) return status;
+  if (asker.requester == Requester::kUnknown) return FcdStatus::kUnknownRequester;
+  return sessions.locks.get(static_cast<VsanNumber>(number), asker,
+                            options_.clocks.steady_seconds());
+}
+
+FcdStatus Switch::free_lock(std::uint32_t number, const Asker& asker) {
+  // Also on a VSAN that lost FICON meanwhile: whoever disables it still frees the lock.
+  if (!is_vsan(number)) return FcdStatus::kVsanOutOfRange;
+  return sessions.locks.free(static_cast<VsanNumber>(number), asker);
+}
+
+FcdStatus Switch::reset_lock(std::uint32_t number, const Asker& asker) {
+  if (!is_vsan(number)) return FcdStatus::kVsanOutOfRange;
+  const auto vsan = static_cast<VsanNumber>(number);
+  if (sessions.locks.reset(vsan)) record(vsan, asker, Change::kLockReset, {});
+  return FcdStatus::kDone;
+}
+
+std::int64_t Switch::age_of(const Locks::Holder& holder) const {
+  return options_.clocks.steady_seconds() - holder.since;
+}
+
+}  // namespace ficon::emulator

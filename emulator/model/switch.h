@@ -1,0 +1,113 @@
+/**
+ * The switch: the root of the model. Plain state and rules; it knows no message and no database.
+ *
+ * Each rule answers kDone or the status that refuses, and a refused rule has changed nothing.
+ * Every change of a VSAN begins with `change_vsan` and ends with `changed`, so that who may
+ * change, the key counter, the history and the store are never forgotten.
+ */
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "model/history.h"
+#include "model/sessions.h"
+#include "model/touched.h"
+#include "model/vsan.h"
+
+namespace ficon::emulator {
+
+/** The time of day for what is recorded, and a clock that never steps back for ages. */
+struct Clocks {
+  std::function<std::int64_t()> seconds_since_1970;
+  std::function<std::int64_t()> steady_seconds;
+
+  static Clocks of_the_system();
+};
+
+struct SwitchOptions {
+  std::size_t history_capacity = 8192;
+  Clocks clocks = Clocks::of_the_system();
+};
+
+/** A VSAN, or the status that refuses it. */
+struct VsanAccess {
+  FcdStatus status = FcdStatus::kDone;
+  Vsan* vsan = nullptr;
+};
+
+struct ModeChange {
+  const ModeField* mode;
+  std::uint8_t value;
+};
+
+class Switch {
+ public:
+  explicit Switch(SwitchOptions options = {});
+
+  // Reading.
+  bool feature_enabled() const { return feature_enabled_; }
+  const std::map<VsanNumber, Vsan>& vsans() const { return vsans_; }
+  const Vsan* find_vsan(std::uint32_t number) const;
+  /** The FICON VSAN behind `number` in ascending order, or null. */
+  const Vsan* next_vsan(std::uint32_t number) const;
+  /** Why a VSAN cannot be looked at: its number, or FICON off; kDone when it can. */
+  FcdStatus check_vsan(std::uint32_t number) const;
+
+  // The feature and FICON on a VSAN.
+  /** @return whether it was off until now */
+  bool enable_feature();
+  FcdStatus enable_ficon(std::uint32_t vsan, const Asker& asker);
+  FcdStatus disable_ficon(std::uint32_t vsan, const Asker& asker);
+
+  // Settings of a VSAN.
+  /** All of the modes or, when one value is neither 0 nor 1, none. */
+  FcdStatus set_modes(std::uint32_t vsan, const Asker& asker, std::span<const ModeChange> changes);
+  FcdStatus set_codepage(std::uint32_t vsan, const Asker& asker, std::uint32_t codepage);
+  FcdStatus set_clock(std::uint32_t vsan, const Asker& asker, TimestampClock clock);
+  FcdStatus set_fcid_last_byte(std::uint32_t vsan, const Asker& asker, std::uint8_t value);
+  FcdStatus increment_key_counter(std::uint32_t vsan, const Asker& asker);
+  FcdStatus test_and_increment_key_counter(std::uint32_t vsan, const Asker& asker,
+                                           std::uint32_t expected);
+
+  // The lock.
+  FcdStatus get_lock(std::uint32_t vsan, const Asker& asker);
+  FcdStatus free_lock(std::uint32_t vsan, const Asker& asker);
+  FcdStatus reset_lock(std::uint32_t vsan, const Asker& asker);
+  /** Seconds that the lock has been held. */
+  std::int64_t age_of(const Locks::Holder& holder) const;
+
+  // The frame of every change.
+  /** Whether `asker` may change the VSAN now: number, FICON, requester, prohibitions, lock. */
+  VsanAccess change_vsan(std::uint32_t vsan, const Asker& asker);
+  /** After a change: counts it, records it and has the VSAN stored. */
+  void changed(Vsan& vsan, const Asker& asker, Change change, std::string detail);
+  /** Into the history alone: a change of the switch (VSAN 0) or one that no counter counts. */
+  void record(VsanNumber vsan, const Asker& asker, Change change, std::string detail);
+
+  // The history, what the store has still to learn, and what belongs to connections.
+  History history;
+  Touched touched;
+  Sessions sessions;
+
+  // Putting back what was stored: no rule is asked and nothing is touched.
+  void restore_feature(bool enabled) { feature_enabled_ = enabled; }
+  Vsan& restore_vsan(VsanNumber number) { return vsans_.try_emplace(number, number).first->second; }
+
+ private:
+  FcdStatus check_requester(const Vsan& vsan, Requester requester) const;
+
+  SwitchOptions options_;
+  bool feature_enabled_ = false;
+  std::map<VsanNumber, Vsan> vsans_;
+};
+
+/** The names of the switch's own objects in the store. */
+inline constexpr std::string_view kFeatureObject = "feature";
+std::string history_object(std::uint32_t position);
+
+}  // namespace ficon::emulator

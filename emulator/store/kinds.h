@@ -1,0 +1,20 @@
+/** Everything that is stored: one line a kind of object. */
+#pragma once
+
+#include "store/saved_config.h"
+#include "store/stored_kind.h"
+
+namespace ficon::emulator {
+
+inline constexpr StoredKind kStoredKinds[] = {
+    {"feature", save_feature, load_feature},
+    {"vsan/?", save_vsan, load_vsan},
+    {"history/?", save_history, load_history},
+};
+
+inline constexpr SavedConfigKind kSavedConfigKinds[] = {
+    {"feature", write_feature_record},
+    {"vsan/?", write_vsan_record},
+};
+
+}  // namespace ficon::emulator

@@ -1,0 +1,42 @@
+#include "store/saved_config.h"
+
+#include "wire/byte_order.h"
+
+namespace ficon::emulator {
+namespace {
+
+constexpr std::uint8_t kVsanRecord = 6;
+constexpr std::uint8_t kFeatureRecord = 35;
+
+/** Flags are words of the machine: the generator reads them as they stand. */
+std::string flag_word(bool flag) {
+  wire::host32 word{};
+  word.set(flag ? 1 : 0);
+  return {reinterpret_cast<const char*>(word.raw), sizeof word.raw};
+}
+
+}  // namespace
+
+std::string saved_config_key(std::uint8_t type) {
+  std::string key(8, '\0');
+  key[0] = static_cast<char>(type);
+  return key;
+}
+
+void write_feature_record(const Switch& model, const PathParts&, SavedRecords& records) {
+  records[saved_config_key(kFeatureRecord)] = flag_word(model.feature_enabled());
+}
+
+void write_vsan_record(const Switch& model, const PathParts& parts, SavedRecords& records) {
+  const auto number = path_number(parts.at(0));
+  if (!number) return;
+  wire::be16 in_key{};
+  in_key.set(static_cast<std::uint16_t>(*number));
+  std::string key = saved_config_key(kVsanRecord);
+  key[2] = static_cast<char>(in_key.raw[0]);
+  key[3] = static_cast<char>(in_key.raw[1]);
+  records[key] =
+      model.find_vsan(*number) == nullptr ? std::nullopt : std::optional(flag_word(true));
+}
+
+}  // namespace ficon::emulator

@@ -1,0 +1,33 @@
+/**
+ * The binary records that the configuration generator reads, in the table `ficon_saved_config`.
+ * They follow from the model and are written with it, in the same transaction; they are never
+ * read back here.
+ */
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "model/switch.h"
+#include "store/object_path.h"
+
+namespace ficon::emulator {
+
+/** Key and value are bytes; no value: the record is removed. */
+using SavedRecords = std::map<std::string, std::optional<std::string>>;
+
+/** What the records of an object of this pattern become when it changes, appears or goes. */
+struct SavedConfigKind {
+  const char* pattern;
+  void (*write)(const Switch&, const PathParts&, SavedRecords&);
+};
+
+/** The 8-byte key of a record: its type, then zeros. */
+std::string saved_config_key(std::uint8_t type);
+
+void write_feature_record(const Switch&, const PathParts&, SavedRecords&);
+void write_vsan_record(const Switch&, const PathParts&, SavedRecords&);
+
+}  // namespace ficon::emulator

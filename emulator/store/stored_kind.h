@@ -1,0 +1,28 @@
+/** How one kind of object is kept: as JSON in the table `state`, and back. */
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+
+#include "model/switch.h"
+#include "store/object_path.h"
+
+namespace ficon::emulator {
+
+struct StoredKind {
+  const char* pattern;  // of the object's name
+  /** The object's present state; null when it no longer exists. */
+  std::optional<nlohmann::json> (*save)(const Switch&, const PathParts&);
+  /** Puts it back. Throws when the value makes no sense; the store then refuses to start. */
+  void (*load)(Switch&, const PathParts&, const nlohmann::json&);
+};
+
+/** The kinds of the switch itself: feature, VSANs, history. */
+std::optional<nlohmann::json> save_feature(const Switch&, const PathParts&);
+void load_feature(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_vsan(const Switch&, const PathParts&);
+void load_vsan(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_history(const Switch&, const PathParts&);
+void load_history(Switch&, const PathParts&, const nlohmann::json&);
+
+}  // namespace ficon::emulator
