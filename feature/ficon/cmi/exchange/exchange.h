@@ -40,14 +40,29 @@ inline Sent sent_or_errno(mts_handle_t handle, std::int32_t result, const char* 
 /** For blocking forms that print nothing when their sender fails. */
 inline void report_nothing(Status) {}
 
-/** Drops the request, then waits for the reply to it. */
-inline Status await_reply(const Caller& caller, mts_msg_ref_t* request, mts_msg_ref_t* reply) {
+/** Drops a request that was sent; what to receive its reply with. */
+inline mts_recv_opts_t drop_request(const Caller& caller, mts_msg_ref_t* request) {
   mts_recv_opts_t options{};
   options.word[0] = 1;
   options.word[2] = caller.wait;
   options.word[3] = mts_rr_token_get(request);
   mts_drop(caller.handle, request);
+  return options;
+}
+
+/** Drops the request, then waits for the reply to it. */
+inline Status await_reply(const Caller& caller, mts_msg_ref_t* request, mts_msg_ref_t* reply) {
+  const mts_recv_opts_t options = drop_request(caller, request);
   return ficon_cmi_mts_recv(caller.handle, reply, &options);
+}
+
+/** For the requests that fcd does not answer: 0 says that the request left, and no more. */
+template <class Send>
+Status send_only(const Caller& caller, Send send) {
+  mts_msg_ref_t request{};
+  const Sent sent = send(&request);
+  if (!sent.failed) drop_request(caller, &request);
+  return sent.status;
 }
 
 /**

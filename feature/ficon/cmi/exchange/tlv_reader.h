@@ -41,6 +41,13 @@ class TlvReader {
     return status_ == 0;
   }
 
+  /** The next TLV, asked for whatever the count says: for replies that must begin with so many. */
+  Status read_next(Tlv& tlv) {
+    status_ = tlv_aligned_array_get_next_tlv(array_, &tlv.type, &tlv.length, &tlv.value,
+                                             kTlvAlignment, &cursor_);
+    return status_;
+  }
+
   /** The next TLV of a type; false when there is none or the walk failed. */
   bool find(wire::TlvType type, Tlv& tlv) {
     while (next(tlv)) {

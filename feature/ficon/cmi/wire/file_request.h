@@ -61,7 +61,11 @@ static_assert(offsetof(FileHeader, description) == 32);
 
 /** One file in the reply to a file information request. */
 struct FileInfo {
-  bytes<33> spare0;
+  be32 vsan;
+  std::uint8_t is_ipl;
+  std::uint8_t editor;  // requester code of who has it open; 0 nobody
+  std::uint8_t equals_active;
+  bytes<26> spare0;
   bytes<9> file_name;  // 8 EBCDIC bytes and one that a terminator takes
   bytes<49> spare1;
   bytes<24> description;

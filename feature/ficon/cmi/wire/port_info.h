@@ -6,19 +6,24 @@
 namespace ficon::wire {
 
 struct PortInfo {
-  bytes<4> spare0;
-  host32 port;      // signed
-  host32 if_index;  // 0: no interface
-  bytes<6> spare1;
+  host32 port_number;   // FICON's; 512 none
+  host32 port_address;  // signed for its readers
+  host32 if_index;      // 0: no interface
+  std::uint8_t blocked;
+  std::uint8_t installed;
+  bytes<4> spare1;
   bytes<24> port_name;  // EBCDIC
   std::uint8_t port_name_end;
-  bytes<64> spare2;
+  bytes<32> prohibited;  // the bit of port address a is 0x80 >> (a mod 8) of byte a / 8
+  bytes<32> spare2;
 };
 static_assert(is_packed<PortInfo, 107>);
-static_assert(offsetof(PortInfo, port) == 4);
+static_assert(offsetof(PortInfo, port_address) == 4);
 static_assert(offsetof(PortInfo, if_index) == 8);
+static_assert(offsetof(PortInfo, blocked) == 12);
 static_assert(offsetof(PortInfo, port_name) == 18);
 static_assert(offsetof(PortInfo, port_name_end) == 42);
+static_assert(offsetof(PortInfo, prohibited) == 43);
 
 /** The range that a query asks for, both ends included. */
 struct PortRange {
