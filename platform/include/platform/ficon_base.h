@@ -13,9 +13,28 @@ typedef int32_t (*ficon_convert_fn_t)(const uint8_t* input, uint32_t input_lengt
                                       uint32_t* out_count, uint32_t* out_space,
                                       uint32_t to_code_set);
 extern int32_t MAX_FICON_PORTS;
+/**
+ * Fills bytes 0 to 111 of a header; those behind are the library's own.
+ *
+ * @param word_a  who asks, as the daemon's history shows it: at most 31 characters count, null is
+ *                no text
+ * @param word_b  likewise
+ */
 void ficon_init_cmi_hdr(void* header, uint32_t msgtype, const char* word_a, const char* word_b,
                         uint32_t subtype);
+/**
+ * Asks for the VSANs on which FICON is enabled.
+ *
+ * @param msg  [out] the request, to be dropped by the caller; untouched on failure
+ * @return 0, or the transport's error number itself: 32 when the daemon is not there
+ */
 uint32_t ficon_send_get_enabled_vsans(mts_handle_t handle, mts_msg_ref_t* msg);
+/**
+ * @param list  [out] status, count, then so many VSAN numbers, all in host order; released by the
+ *              caller with `free`; untouched on failure
+ * @return 0; 3 for a reply without payload; 74 for one whose length does not fit its count; 12
+ *         without memory
+ */
 uint32_t ficon_parse_get_enabled_vsans(mts_msg_ref_t* reply, uint32_t** list);
 uint32_t ficon_send_get_portmap_nonblock(mts_handle_t handle, const char* word_a,
                                          const char* word_b, uint32_t type, uint8_t selector,
