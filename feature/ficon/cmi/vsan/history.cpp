@@ -33,9 +33,10 @@ void convert(const std::uint8_t* from, ficon_cmi_hist_entry_t* to, std::int32_t 
 constexpr std::size_t kEntriesAt = sizeof(wire::HistoryEntriesHead);
 
 bool holds_its_entries(const Tlv& summary) {
-  if (summary.length < kEntriesAt) return false;
   const std::uint32_t count = summary.read<wire::HistoryEntriesHead>().count.get();
-  return count <= (summary.length - kEntriesAt) / sizeof(wire::HistoryEntry);
+  if (count == 0) return true;
+  return summary.length >= kEntriesAt &&
+         count <= (summary.length - kEntriesAt) / sizeof(wire::HistoryEntry);
 }
 
 Status copy_entries(const Tlv& summary, std::uint32_t* count, std::uint32_t* summary_word,
