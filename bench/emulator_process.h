@@ -1,0 +1,34 @@
+/** An emulator of the benchmark's own, in another process on the same core. */
+#pragma once
+
+#include <ficon_cmi.h>
+#include <sys/types.h>
+
+#include <string>
+
+namespace ficon::bench {
+
+inline constexpr std::uint32_t kVsan = 10;
+
+/** This process, and what it starts from here on, runs on one core. */
+void pin_to_one_core();
+
+class EmulatorProcess {
+ public:
+  explicit EmulatorProcess(const char* program);
+  EmulatorProcess(const EmulatorProcess&) = delete;
+  EmulatorProcess& operator=(const EmulatorProcess&) = delete;
+  ~EmulatorProcess();
+
+  std::string socket() const { return directory_ + "/socket"; }
+  pid_t process() const { return process_; }
+
+  /** A handle, FICON enabled on kVsan; ends the program when that fails. */
+  mts_handle_t open() const;
+
+ private:
+  std::string directory_;
+  pid_t process_ = -1;
+};
+
+}  // namespace ficon::bench
