@@ -59,10 +59,10 @@ void library() {
 
 /** Zero the records and the buffer, copy both in, hand the bytes over, copy the header out. */
 void memory() {
-  wire::CmiHeader built{};
-  bench::keep(&built);
-  wire::VsanConfig change{};
-  bench::keep(&change);
+  wire::CmiHeader built;
+  std::memset(&built, 0, sizeof built);
+  wire::VsanConfig change;
+  std::memset(&change, 0, sizeof change);
   std::uint8_t buffer[kCapacity];
   std::memset(buffer, 0, sizeof buffer);
   bench::keep(buffer);
@@ -85,10 +85,10 @@ int copy_header(const nlattr* attribute, void* data) {
 
 /** The same two attributes, checked room, and a checked walk. */
 void libmnl() {
-  wire::CmiHeader built{};
-  bench::keep(&built);
-  wire::VsanConfig change{};
-  bench::keep(&change);
+  wire::CmiHeader built;
+  std::memset(&built, 0, sizeof built);
+  wire::VsanConfig change;
+  std::memset(&change, 0, sizeof change);
   alignas(nlmsghdr) std::uint8_t buffer[kCapacity];
   std::memset(buffer, 0, sizeof buffer);
   nlmsghdr* message = mnl_nlmsg_put_header(buffer);

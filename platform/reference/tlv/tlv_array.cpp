@@ -62,9 +62,9 @@ struct Place {
   std::uint32_t next;
 };
 
-/** 0 with the TLV at `offset`, or why there is none. */
-std::uint32_t look(const void* array, std::uint32_t offset, std::uint32_t alignment, Place* place) {
-  const std::uint32_t end = end_of(array);
+/** 0 with the TLV at `offset` of an array that ends at `end`, or why there is none. */
+std::uint32_t look(const void* array, std::uint32_t end, std::uint32_t offset,
+                   std::uint32_t alignment, Place* place) {
   if (end < sizeof(ArrayHead)) return kBadMessage;
   if (offset == end || (end == sizeof(ArrayHead) && offset == first_tlv(alignment))) {
     return kEndOfArray;
@@ -108,7 +108,8 @@ int32_t tlv_aligned_array_get_num_tlvs(const void* array, uint32_t align) {
   Place place{};
   std::uint32_t offset = first_tlv(align);
   std::uint32_t result = 0;
-  while ((result = look(array, offset, align, &place)) == 0) {
+  const std::uint32_t end = end_of(array);
+  while ((result = look(array, end, offset, align, &place)) == 0) {
     ++count;
     offset = place.next;
   }
@@ -121,7 +122,9 @@ uint32_t tlv_aligned_array_get_next_tlv(const void* array, uint16_t* type, uint1
   if (array == nullptr) return kBadMessage;
   Place place{};
   const std::uint32_t offset = *cursor == 0 ? first_tlv(align) : *cursor;
-  if (const std::uint32_t refused = look(array, offset, align, &place)) return refused;
+  if (const std::uint32_t refused = look(array, end_of(array), offset, align, &place)) {
+    return refused;
+  }
   *type = place.head->type.get();
   *length = place.head->length.get();
   *value = const_cast<TlvHead*>(place.head + 1);
