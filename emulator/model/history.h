@@ -29,7 +29,7 @@ struct HistoryEntry {
   std::uint16_t vsan = 0;  // 0: the switch as a whole
   Requester requester = Requester::kUnstated;
   Change change{};
-  std::string detail;  // what exactly, for people; plain ASCII
+  std::string detail{};  // what exactly, for people; plain ASCII
 };
 
 class History {
