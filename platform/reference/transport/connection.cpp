@@ -2,7 +2,6 @@
 
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/uio.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -111,14 +110,15 @@ TransportError Connection::send_frames(const FrameHeader& first, const std::uint
                                        std::size_t length) {
   FrameHeader header = first;
   std::size_t sent = 0;
+  const std::size_t largest = sizeof header + std::min<std::size_t>(length, kFramePayload);
+  if (outgoing_.size() < largest) outgoing_.resize(largest);
   do {
     const std::size_t piece = std::min<std::size_t>(length - sent, kFramePayload);
     header.offset.set(static_cast<std::uint32_t>(sent));
-    iovec parts[2] = {{&header, sizeof header}, {const_cast<std::uint8_t*>(payload) + sent, piece}};
-    msghdr packet{};
-    packet.msg_iov = parts;
-    packet.msg_iovlen = piece == 0 ? 1 : 2;
-    if (sendmsg(fd_, &packet, MSG_NOSIGNAL) < 0) {
+    // One piece of memory: cheaper for the kernel than two, by more than the copy costs.
+    std::memcpy(outgoing_.data(), &header, sizeof header);
+    if (piece != 0) std::memcpy(outgoing_.data() + sizeof header, payload + sent, piece);
+    if (::send(fd_, outgoing_.data(), sizeof header + piece, MSG_NOSIGNAL) < 0) {
       if (errno == EINTR && sent != 0) continue;  // a message begun is sent whole
       return error_from(errno);
     }
@@ -157,20 +157,23 @@ TransportError Connection::receive(Message& message, std::uint32_t wait_ms, Fram
   if (fd_ < 0) return TransportError::kGone;
   set_receive_wait(wait_ms);
   message.prepare(std::max<std::size_t>(received_ + kFramePayload, message.capacity()));
-  iovec parts[2] = {{&header, sizeof header}, {message.room() + received_, kFramePayload}};
-  msghdr packet{};
-  packet.msg_iov = parts;
-  packet.msg_iovlen = 2;
-  const ssize_t size = recvmsg(fd_, &packet, 0);
+  // The head is received in front of its payload, over bytes that are put back afterwards.
+  constexpr std::size_t kLargest = sizeof header + kFramePayload;
+  std::uint8_t* frame = message.room() + received_ - sizeof header;
+  FrameHeader covered;
+  std::memcpy(&covered, frame, sizeof covered);
+  const ssize_t size = recv(fd_, frame, kLargest, MSG_TRUNC);
+  std::memcpy(&header, frame, sizeof header);
+  std::memcpy(frame, &covered, sizeof covered);
   if (size <= 0) {
     const TransportError error = size == 0 ? TransportError::kGone : error_from(errno);
     if (error != TransportError::kInterrupted && error != TransportError::kTimedOut) close();
     return error;
   }
   const auto length = static_cast<std::size_t>(size);
-  const std::size_t payload = length - std::min(length, sizeof header);
+  const std::size_t payload = std::min(length, kLargest) - std::min(length, sizeof header);
   message.note_written(received_ + payload);
-  if (length < sizeof header || (packet.msg_flags & MSG_TRUNC) != 0 || !is_reply(header) ||
+  if (length < sizeof header || length > kLargest || !is_reply(header) ||
       !expects(header, payload)) {
     close();
     return TransportError::kProtocol;

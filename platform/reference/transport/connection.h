@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "protocol/frame.h"
 #include "transport/message.h"
@@ -58,9 +59,10 @@ class Connection {
   std::string endpoint_;
   int fd_ = -1;
   std::uint32_t generation_ = 0;
-  std::uint32_t receive_wait_ms_ = 0;  // as the socket has it
-  std::size_t received_ = 0;           // payload bytes of a message whose frames are coming in
-  FrameHeader first_frame_{};          // of that message
+  std::uint32_t receive_wait_ms_ = 0;   // as the socket has it
+  std::size_t received_ = 0;            // payload bytes of a message whose frames are coming in
+  FrameHeader first_frame_{};           // of that message
+  std::vector<std::uint8_t> outgoing_;  // a frame as it leaves
 };
 
 }  // namespace ficon::platform

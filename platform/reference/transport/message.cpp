@@ -35,20 +35,20 @@ std::int64_t received_length(const void* payload) {
 }
 
 void Message::clear() {
-  if (length_ != 0) forget(bytes_.data());
+  if (length_ != 0) forget(room());
   length_ = 0;
 }
 
 void Message::prepare(std::size_t size) {
   clear();
-  if (capacity() < size) bytes_.resize(size + kReplySlack);
+  if (capacity() < size) bytes_.resize(size + kAround);
 }
 
 void Message::finish(std::size_t length) {
-  if (written_ > length) std::memset(bytes_.data() + length, 0, written_ - length);
+  if (written_ > length) std::memset(room() + length, 0, written_ - length);
   written_ = length;
   length_ = length;
-  if (length != 0) remember(bytes_.data(), length);
+  if (length != 0) remember(room(), length);
 }
 
 Message* MessagePool::take() {

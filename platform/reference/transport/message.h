@@ -5,6 +5,8 @@
 #include <deque>
 #include <vector>
 
+#include "protocol/frame.h"
+
 namespace ficon::platform {
 
 /**
@@ -26,19 +28,21 @@ class Message {
   void clear();
   /** Empty and ready for a payload of up to `size` bytes. */
   void prepare(std::size_t size);
-  /** Where the payload goes. */
-  std::uint8_t* room() { return bytes_.data(); }
-  std::size_t capacity() const { return bytes_.empty() ? 0 : bytes_.size() - kReplySlack; }
+  /** Where the payload goes; a frame's head may stand in front of it. */
+  std::uint8_t* room() { return bytes_.data() + sizeof(FrameHeader); }
+  std::size_t capacity() const { return bytes_.empty() ? 0 : bytes_.size() - kAround; }
   /** So many bytes from the beginning may be nonzero now. */
   void note_written(std::size_t end) { written_ = end > written_ ? end : written_; }
   /** The payload is in place: `length` bytes of it, zeros behind. */
   void finish(std::size_t length);
 
   /** Null without a payload. Writable: one parser terminates a name in place. */
-  void* payload() { return length_ == 0 ? nullptr : bytes_.data(); }
+  void* payload() { return length_ == 0 ? nullptr : room(); }
   std::size_t length() const { return length_; }
 
  private:
+  static constexpr std::size_t kAround = sizeof(FrameHeader) + kReplySlack;
+
   std::vector<std::uint8_t> bytes_;
   std::size_t length_ = 0;
   std::size_t written_ = 0;  // bytes that may be nonzero from this or an earlier payload
