@@ -159,7 +159,7 @@ TEST_CASE_FIXTURE(Daemon, "Requests that are not well-formed are told apart from
 TEST_CASE("Every family's status reply takes any payload") {
   for (const emulator::Route& route : emulator::routes()) {
     CAPTURE(route.name);
-    for (const std::size_t length : {0, 1, 3, 4, 5, 17, 18, 127, 128, 136, 1487}) {
+    for (const std::size_t length : {0u, 1u, 3u, 4u, 5u, 17u, 18u, 127u, 128u, 136u, 1487u}) {
       const test::Bytes payload(length, 0xff);
       CHECK_FALSE(route.status_reply(payload, FcdStatus::kMalformed).empty());
     }
