@@ -37,7 +37,8 @@ uint32_t ficon_pm_cmi_get_port_config(mts_handle_t handle, uint32_t kind, uint32
   *out_records = nullptr;
   if (n == 0) return status::kOk;
   constexpr std::size_t kRecord = sizeof **out_records;
-  const std::size_t size = n > SIZE_MAX / kRecord ? SIZE_MAX : n * kRecord;
+  std::size_t size = 0;
+  if (__builtin_mul_overflow(n, kRecord, &size)) size = SIZE_MAX;  // cannot be had
   void* records = allocate(TEVRAK_MEM_portinfo, size, __LINE__);
   if (records == nullptr) return status::kNoMemory;
   __builtin_memset(records, 0, size);
