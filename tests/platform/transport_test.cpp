@@ -277,10 +277,10 @@ TEST_CASE("transport: what is no frame of a reply ends the connection with error
       {"total that changes", {reply_head(1, 4) + hex("0101"), reply_head(1, 9, 2) + hex("0101")}},
       {"the same piece twice", {reply_head(1, 4) + hex("0101"), reply_head(1, 4) + hex("0101")}},
   };
-  for (const auto& [name, frames] : packets) {
-    CAPTURE(name);
+  for (const auto& packet : packets) {
+    CAPTURE(packet.first);
     Connected peer;
-    for (const Bytes& frame : frames) peer.daemon.send(frame);
+    for (const Bytes& frame : packet.second) peer.daemon.send(frame);
     CHECK(receive_error(peer.handle, peer.token, 1000) == 71);
     const std::uint32_t next = send(peer.handle, hex("22"));
     REQUIRE(next != 0);
