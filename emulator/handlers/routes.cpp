@@ -2,6 +2,7 @@
 
 #include "handlers/box_status.h"
 #include "handlers/ficon_state.h"
+#include "handlers/files.h"
 #include "handlers/lock.h"
 #include "handlers/platform_services.h"
 #include "handlers/tlv_message.h"
@@ -39,6 +40,9 @@ constexpr Route kRoutes[] = {
     fcd(Opcode::kFiconState, "FICON state", handle_ficon_state, ficon_state_status_reply),
     fcd(Opcode::kVsanInfo, "VSAN information", handle_vsan_info, header_status_reply),
     fcd(Opcode::kVsanConfig, "VSAN configuration", handle_vsan_config, header_status_reply),
+    fcd(Opcode::kFileOperation, "file operation", handle_file_operation, file_status_reply),
+    fcd(Opcode::kFileChange, "file change", handle_file_change, file_status_reply),
+    fcd(Opcode::kFileInfo, "file information", handle_file_info, file_status_reply),
     fcd(Opcode::kBoxStatus, "box status", handle_box_status, box_status_reply),
     {wire::kFcdNode, wire::kLockSap, static_cast<std::uint32_t>(Opcode::kLock), "lock", handle_lock,
      lock_status_reply},

@@ -21,6 +21,7 @@ enum class Change : std::uint8_t {
   kClock = 6,
   kFcidLastByte = 7,
   kLockReset = 8,
+  kFile = 9,
 };
 
 struct HistoryEntry {

@@ -35,7 +35,12 @@ FcdStatus Switch::set_modes(std::uint32_t number, const Asker& asker,
     mode = change.value != 0;
   }
   if (wanted == vsan.modes) return FcdStatus::kDone;
+  const bool begins_saving = wanted.auto_save && !vsan.modes.auto_save;
   vsan.modes = wanted;
+  if (begins_saving) {
+    vsan.files.named[kIplFile] = vsan.files.active;
+    touched.object(file_object(vsan.number, kIplFile));
+  }
   changed(vsan, asker, Change::kModes, std::move(detail));
   return FcdStatus::kDone;
 }

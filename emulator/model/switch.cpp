@@ -61,8 +61,11 @@ FcdStatus Switch::enable_ficon(std::uint32_t number, const Asker& asker) {
   if (!feature_enabled_) return FcdStatus::kFeatureOff;
   if (find_vsan(number) != nullptr) return FcdStatus::kDone;
   const auto vsan = static_cast<VsanNumber>(number);
-  vsans_.try_emplace(vsan, vsan);
+  Vsan& enabled = vsans_.try_emplace(vsan, vsan).first->second;
+  enabled.files = {.active = new_file(), .named = {{kIplFile, new_file()}}};
   touched.object(vsan_object(vsan));
+  touched.object(file_object(vsan, kActiveConfiguration));
+  touched.object(file_object(vsan, kIplFile));
   record(vsan, asker, Change::kFiconEnabled, {});
   return FcdStatus::kDone;
 }
@@ -75,10 +78,15 @@ FcdStatus Switch::disable_ficon(std::uint32_t number, const Asker& asker) {
   if (access.status != FcdStatus::kDone) return access.status;
   const VsanNumber vsan = access.vsan->number;
   vsans_.erase(vsan);
+  sessions.edits.vsan_disabled(vsan);
   touched.object(vsan_object(vsan));
   touched.erased_below(vsan_object(vsan));
   record(vsan, asker, Change::kFiconDisabled, {});
   return FcdStatus::kDone;
+}
+
+ConfigurationFile Switch::new_file() const {
+  return {};
 }
 
 FcdStatus Switch::check_requester(const Vsan& vsan, Requester requester) const {

@@ -31,6 +31,7 @@ struct Clocks {
 
 struct SwitchOptions {
   std::size_t history_capacity = 8192;
+  std::size_t max_files = 64;  // of a VSAN, IPL among them
   Clocks clocks = Clocks::of_the_system();
 };
 
@@ -80,6 +81,11 @@ class Switch {
   FcdStatus reset_lock(std::uint32_t vsan, const Asker& asker);
   /** Seconds that the lock has been held. */
   std::int64_t age_of(const Locks::Holder& holder) const;
+
+  // Configuration files; what can be done with them stands in file_operations.h.
+  /** What a new file begins with. */
+  ConfigurationFile new_file() const;
+  const SwitchOptions& options() const { return options_; }
 
   // The frame of every change.
   /** Whether `asker` may change the VSAN now: number, FICON, requester, prohibitions, lock. */

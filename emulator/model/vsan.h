@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "model/configuration_file.h"
 #include "wire/fcd_status.h"
 
 namespace ficon::emulator {
@@ -82,6 +83,7 @@ struct Vsan {
   std::uint32_t codepage = kDefaultCodepage;
   TimestampClock clock;
   std::uint8_t fcid_last_byte = 0;
+  ConfigurationFiles files;
 
   VsanState state() const { return modes.switch_offline ? VsanState::kOffline : VsanState::kUp; }
 };

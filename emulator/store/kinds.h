@@ -9,6 +9,8 @@ namespace ficon::emulator {
 inline constexpr StoredKind kStoredKinds[] = {
     {"feature", save_feature, load_feature},
     {"vsan/?", save_vsan, load_vsan},
+    {"vsan/?/active", save_active_configuration, load_active_configuration},
+    {"vsan/?/file/?", save_file, load_file},
     {"history/?", save_history, load_history},
 };
 

@@ -25,4 +25,10 @@ void load_vsan(Switch&, const PathParts&, const nlohmann::json&);
 std::optional<nlohmann::json> save_history(const Switch&, const PathParts&);
 void load_history(Switch&, const PathParts&, const nlohmann::json&);
 
+/** The configuration files of a VSAN. */
+std::optional<nlohmann::json> save_active_configuration(const Switch&, const PathParts&);
+void load_active_configuration(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_file(const Switch&, const PathParts&);
+void load_file(Switch&, const PathParts&, const nlohmann::json&);
+
 }  // namespace ficon::emulator

@@ -1,0 +1,100 @@
+#include "model/configuration_file.h"
+
+#include <doctest/doctest.h>
+
+#include <locale>
+#include <sstream>
+
+using namespace ficon;
+using namespace ficon::emulator;
+
+TEST_CASE("addresses 00 to fd are ports, fe is the control unit port, ff is none") {
+  CHECK(check_port_address(0x00) == FcdStatus::kDone);
+  CHECK(check_port_address(0xfd) == FcdStatus::kDone);
+  CHECK(check_port_address(0xfe) == FcdStatus::kControlUnitPort);
+  CHECK(check_port_address(0xff) == FcdStatus::kNotAPortAddress);
+  CHECK(check_port_address(0x100) == FcdStatus::kNotAPortAddress);
+}
+
+TEST_CASE("neither the control unit port nor ff can be blocked, named or prohibited") {
+  ConfigurationFile file;
+  for (const std::uint32_t address : {0xfeU, 0xffU, 0x100U}) {
+    CAPTURE(address);
+    CHECK(file.set_blocked(address, 1) != FcdStatus::kDone);
+    CHECK(file.set_name(address, no_port_name()) != FcdStatus::kDone);
+    CHECK(file.change_prohibited(address, 0, {}) != FcdStatus::kDone);
+  }
+  CHECK(file.change_prohibited(1, 0, PortSet().set(0xfe)) == FcdStatus::kControlUnitPort);
+  CHECK(file.change_prohibited(1, 0, PortSet().set(0xff)) == FcdStatus::kNotAPortAddress);
+  CHECK(file == ConfigurationFile());
+}
+
+TEST_CASE("a blocked value other than 0 and 1 is refused") {
+  ConfigurationFile file;
+  CHECK(file.set_blocked(7, 2) == FcdStatus::kBadBlockedValue);
+  CHECK_FALSE(file.port(7).blocked);
+  CHECK(file.set_blocked(7, 1) == FcdStatus::kDone);
+  CHECK(file.port(7).blocked);
+}
+
+TEST_CASE("a prohibit stands on both sides") {
+  ConfigurationFile file;
+  CHECK(file.change_prohibited(0x10, 0, PortSet().set(0x20).set(0x30)) == FcdStatus::kDone);
+  CHECK(file.port(0x20).prohibited == PortSet().set(0x10));
+  CHECK(file.port(0x30).prohibited == PortSet().set(0x10));
+  CHECK(file.is_consistent());
+
+  SUBCASE("replacing it from the other side lifts it on this one") {
+    CHECK(file.change_prohibited(0x20, 0, {}) == FcdStatus::kDone);
+    CHECK(file.port(0x10).prohibited == PortSet().set(0x30));
+  }
+  SUBCASE("adding leaves what is there") {
+    CHECK(file.change_prohibited(0x10, 1, PortSet().set(0x40)) == FcdStatus::kDone);
+    CHECK(file.port(0x10).prohibited == PortSet().set(0x20).set(0x30).set(0x40));
+  }
+  SUBCASE("removing takes only what is named") {
+    CHECK(file.change_prohibited(0x10, 2, PortSet().set(0x20).set(0x99)) == FcdStatus::kDone);
+    CHECK(file.port(0x10).prohibited == PortSet().set(0x30));
+  }
+  SUBCASE("any other way is refused") {
+    CHECK(file.change_prohibited(0x10, 3, {}) == FcdStatus::kBadProhibitChange);
+    CHECK(file.port(0x10).prohibited == PortSet().set(0x20).set(0x30));
+  }
+  CHECK(file.is_consistent());
+}
+
+TEST_CASE("a port cannot be prohibited to itself") {
+  ConfigurationFile file;
+  CHECK(file.change_prohibited(5, 0, PortSet().set(5)) == FcdStatus::kProhibitsItself);
+}
+
+TEST_CASE("a swap carries settings and masks, and swapping again undoes it") {
+  ConfigurationFile file;
+  REQUIRE(file.set_blocked(1, 1) == FcdStatus::kDone);
+  PortName name = no_port_name();
+  name[0] = 0xc1;
+  REQUIRE(file.set_name(1, name) == FcdStatus::kDone);
+  REQUIRE(file.change_prohibited(1, 0, PortSet().set(2).set(9)) == FcdStatus::kDone);
+  const ConfigurationFile before = file;
+
+  file.swap_ports(1, 2);
+  CHECK(file.port(2).blocked);
+  CHECK(file.port(2).name == name);
+  CHECK(file.port(2).prohibited == PortSet().set(1).set(9));
+  CHECK_FALSE(file.port(1).blocked);
+  CHECK(file.port(1).prohibited == PortSet().set(2));
+  CHECK(file.port(9).prohibited == PortSet().set(2));
+  CHECK(file.is_consistent());
+
+  file.swap_ports(1, 2);
+  CHECK(file == before);
+}
+
+TEST_CASE("prohibiting all leaves no usable pair, and the control unit port alone") {
+  ConfigurationFile file;
+  file.prohibit_all();
+  CHECK(file.port(0x00).prohibited.count() == 253);
+  CHECK(file.port(0xfd).prohibited.count() == 253);
+  CHECK(file.port(0xfe).prohibited.none());
+  CHECK(file.is_consistent());
+}
