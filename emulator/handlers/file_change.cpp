@@ -3,6 +3,7 @@
 
 #include "handlers/file_request.h"
 #include "handlers/files.h"
+#include "handlers/port_set.h"
 #include "wire/port_settings.h"
 
 namespace ficon::emulator {
@@ -10,15 +11,6 @@ namespace {
 
 using wire::FileOperation;
 using wire::TlvType;
-
-/** The bit of port address a is 0x80 >> (a mod 8) of byte a / 8. */
-PortSet port_set(const wire::bytes<32>& bitset) {
-  PortSet set;
-  for (std::size_t address = 0; address < kPortAddresses; ++address) {
-    set[address] = (bitset.raw[address / 8] & (0x80 >> (address % 8))) != 0;
-  }
-  return set;
-}
 
 FcdStatus set_blocked(ConfigurationFile& file, const wire::PortBlockedEntry& entry) {
   return file.set_blocked(entry.port_address.get(), entry.blocked);

@@ -5,6 +5,8 @@
 #include "handlers/files.h"
 #include "handlers/lock.h"
 #include "handlers/platform_services.h"
+#include "handlers/port_info.h"
+#include "handlers/saved_file.h"
 #include "handlers/tlv_message.h"
 #include "handlers/vsan_config.h"
 #include "protocol/services.h"
@@ -43,6 +45,9 @@ constexpr Route kRoutes[] = {
     fcd(Opcode::kFileOperation, "file operation", handle_file_operation, file_status_reply),
     fcd(Opcode::kFileChange, "file change", handle_file_change, file_status_reply),
     fcd(Opcode::kFileInfo, "file information", handle_file_info, file_status_reply),
+    fcd(Opcode::kPortInfo, "port information", handle_port_info, port_info_status_reply),
+    fcd(Opcode::kGetSavedFile, "reading a saved file", handle_get_saved_file, file_status_reply),
+    fcd(Opcode::kSetSavedFile, "writing a saved file", handle_set_saved_file, file_status_reply),
     fcd(Opcode::kBoxStatus, "box status", handle_box_status, box_status_reply),
     {wire::kFcdNode, wire::kLockSap, static_cast<std::uint32_t>(Opcode::kLock), "lock", handle_lock,
      lock_status_reply},

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "wire/fcd_status.h"
 
@@ -69,6 +70,7 @@ class ConfigurationFile {
   bool is_consistent() const;
 
   FileHeader header{};
+  std::vector<std::uint8_t> notes;  // uploaded with the file, kept, and not looked into
 
   bool operator==(const ConfigurationFile&) const = default;
 

@@ -5,6 +5,8 @@
 #pragma once
 
 #include <map>
+#include <optional>
+#include <vector>
 
 #include "model/configuration_file.h"
 #include "model/requester.h"
@@ -23,6 +25,7 @@ struct FileEdit {
   Asker editor;
   bool creates;  // there was no such file
   ConfigurationFile draft;
+  std::optional<std::vector<std::uint8_t>> upload = {};  // contents that are coming in
 };
 
 class FileEdits {

@@ -1,6 +1,9 @@
 #include "model/file_operations.h"
 
+#include <algorithm>
 #include <utility>
+
+#include "model/file_contents.h"
 
 namespace ficon::emulator {
 namespace {
@@ -65,6 +68,11 @@ FcdStatus FileOperations::keep(std::uint32_t number, const Asker& asker, FileKey
   FileEdit* edit = switch_.sessions.edits.find(key, asker.connection);
   if (edit == nullptr || edit->vsan != number) return FcdStatus::kNoSuchEdit;
   Vsan& vsan = *access.vsan;
+  if (edit->upload) {
+    auto uploaded = from_contents(*edit->upload);
+    if (!uploaded) return FcdStatus::kBadFileContents;
+    edit->draft = *std::move(uploaded);
+  }
   const bool renamed = edit->name != edit->original;
   if (renamed && find_file(vsan, edit->name) != nullptr) return FcdStatus::kFileExists;
   if (edit->creates && !has_room_for(vsan, edit->name)) return FcdStatus::kTooManyFiles;
@@ -185,6 +193,34 @@ FcdStatus FileOperations::change(std::uint32_t number, const Asker& asker, const
   if (const FcdStatus refused = edit(changed); refused != FcdStatus::kDone) return refused;
   if (changed == *file) return FcdStatus::kDone;
   replace(vsan, asker, target.name, std::move(changed), readable(target.name) + ": " + detail);
+  return FcdStatus::kDone;
+}
+
+FcdStatus FileOperations::write_contents(std::uint32_t number, const Asker& asker,
+                                         const FileTarget& target, std::uint32_t offset,
+                                         std::span<const std::uint8_t> piece) {
+  if (std::uint64_t{offset} + piece.size() > switch_.options().max_file_contents) {
+    return FcdStatus::kFileTooLarge;
+  }
+  const FileKey key = key_of(number, asker, target);
+  if (key == 0) {
+    const auto file = offset == 0 ? from_contents(piece) : std::nullopt;
+    if (!file) return FcdStatus::kBadFileContents;
+    return change(
+        number, asker, target,
+        [&](ConfigurationFile& changed) {
+          changed = *file;
+          return FcdStatus::kDone;
+        },
+        "contents uploaded");
+  }
+  const VsanAccess access = switch_.change_vsan(number, asker);
+  if (access.status != FcdStatus::kDone) return access.status;
+  FileEdit* edit = switch_.sessions.edits.find(key, asker.connection);
+  if (edit == nullptr || edit->vsan != number) return FcdStatus::kNoSuchEdit;
+  if (!edit->upload) edit->upload.emplace();
+  if (edit->upload->size() < offset + piece.size()) edit->upload->resize(offset + piece.size());
+  std::ranges::copy(piece, edit->upload->begin() + offset);
   return FcdStatus::kDone;
 }
 

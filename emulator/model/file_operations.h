@@ -52,6 +52,13 @@ class FileOperations {
   FcdStatus change(std::uint32_t vsan, const Asker& asker, const FileTarget& target,
                    const Edit& edit, const std::string& detail);
 
+  /**
+   * Writes a piece of a file's stored contents. Within an edit, pieces come at their offsets and
+   * are checked when the edit is kept; without one, the piece is the whole.
+   */
+  FcdStatus write_contents(std::uint32_t vsan, const Asker& asker, const FileTarget& target,
+                           std::uint32_t offset, std::span<const std::uint8_t> piece);
+
  private:
   /** Puts a whole file in the place of another, all rules asked already. */
   void replace(Vsan& vsan, const Asker& asker, const FileName& name, ConfigurationFile file,

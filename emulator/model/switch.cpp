@@ -85,6 +85,10 @@ FcdStatus Switch::disable_ficon(std::uint32_t number, const Asker& asker) {
   return FcdStatus::kDone;
 }
 
+PortIdentity Switch::port_identity(std::uint32_t /*port_address*/) const {
+  return {};
+}
+
 ConfigurationFile Switch::new_file() const {
   return {};
 }

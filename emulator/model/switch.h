@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "model/history.h"
+#include "model/port_identity.h"
 #include "model/sessions.h"
 #include "model/touched.h"
 #include "model/vsan.h"
@@ -31,7 +32,8 @@ struct Clocks {
 
 struct SwitchOptions {
   std::size_t history_capacity = 8192;
-  std::size_t max_files = 64;  // of a VSAN, IPL among them
+  std::size_t max_file_contents = 1024 * 1024;  // bytes of one file
+  std::size_t max_files = 64;                   // of a VSAN, IPL among them
   Clocks clocks = Clocks::of_the_system();
 };
 
@@ -81,6 +83,9 @@ class Switch {
   FcdStatus reset_lock(std::uint32_t vsan, const Asker& asker);
   /** Seconds that the lock has been held. */
   std::int64_t age_of(const Locks::Holder& holder) const;
+
+  /** The port behind a port address; nothing of it where the chassis has none there. */
+  PortIdentity port_identity(std::uint32_t port_address) const;
 
   // Configuration files; what can be done with them stands in file_operations.h.
   /** What a new file begins with. */

@@ -24,10 +24,9 @@ std::uint8_t from_digit(char digit) {
   throw std::runtime_error("a hexadecimal digit is none");
 }
 
-template <std::size_t Size>
-void from_hex(const std::string& text, std::array<std::uint8_t, Size>& bytes) {
-  if (text.size() != 2 * Size) throw std::runtime_error("a field has the wrong length");
-  for (std::size_t i = 0; i < Size; ++i) {
+void from_hex(const std::string& text, std::span<std::uint8_t> bytes) {
+  if (text.size() != 2 * bytes.size()) throw std::runtime_error("a field has the wrong length");
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
     const int high = from_digit(text[2 * i]) << 4;
     bytes[i] = static_cast<std::uint8_t>(high | from_digit(text[2 * i + 1]));
   }
@@ -51,12 +50,15 @@ json to_json(const ConfigurationFile& file) {
                      {"name", to_hex(port.name)},
                      {"prohibited", addresses_in(port.prohibited)}});
   }
-  return {{"header", to_hex(file.header)}, {"ports", ports}};
+  return {{"header", to_hex(file.header)}, {"ports", ports}, {"notes", to_hex(file.notes)}};
 }
 
 ConfigurationFile from_json(const json& value) {
   ConfigurationFile file;
   from_hex(value.at("header").get<std::string>(), file.header);
+  const auto notes = value.at("notes").get<std::string>();
+  file.notes.resize(notes.size() / 2);
+  from_hex(notes, file.notes);
   for (const json& entry : value.at("ports")) {
     const auto address = entry.at("address").get<std::uint32_t>();
     if (check_port_address(address) != FcdStatus::kDone) {

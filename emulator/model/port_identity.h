@@ -1,0 +1,16 @@
+/** What stands behind a port address: the FICON port number and the interface, where there are. */
+#pragma once
+
+#include <cstdint>
+
+namespace ficon::emulator {
+
+inline constexpr std::uint16_t kNoPortNumber = 512;
+
+struct PortIdentity {
+  std::uint16_t port_number = kNoPortNumber;
+  std::uint32_t if_index = 0;  // 0: no interface
+  bool installed = false;
+};
+
+}  // namespace ficon::emulator
