@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "chassis/current_chassis.h"
 #include "transport/connection.h"
 #include "transport/embedded.h"
 #include "transport/open.h"
@@ -70,8 +71,10 @@ mts_handle_t ficon_mts_open(const char* endpoint, char* error, size_t error_size
       tell(error, error_size, sentence);
       return nullptr;
     }
+    chassis_endpoint_opened(wanted);
     return open_handle(wanted, fd);
   }
+  chassis_endpoint_opened(wanted);
   return open_handle(wanted, -1);
 }
 
