@@ -631,19 +631,43 @@ uint32_t ficon_is_active_saved_enabled(mts_handle_t handle, uint32_t wait, uint8
 
 /* ---- Host data ---- */
 
+/**
+ * The host data of a VSAN: up to 16384 bytes that the host side keeps on the switch, and that the
+ * switch does not interpret. The request carries neither requester nor words. Takes no lock.
+ *
+ * @param vsan  VSAN number
+ * @param data  [out] room for 16384 bytes; untouched on failure, and beyond `length`
+ * @param length  [out] bytes of data; 0 on failure of the reply
+ * @return 3 for a reply without payload; 0x40850003 for one that claims more than 16384 bytes
+ */
 uint32_t ficon_cmi_send_get_host_data_nonblock(uint32_t requester, mts_handle_t handle,
                                                const char* word_a, const char* word_b,
                                                uint32_t wait, uint32_t vsan, mts_msg_ref_t* msg);
+
+/** @param vsan  [out] the VSAN that the reply names; untouched on failure */
 uint32_t ficon_cmi_parse_get_host_data(mts_msg_ref_t* reply, uint32_t* vsan, uint8_t* data,
                                        uint32_t* length);
 uint32_t ficon_cmi_get_host_data(uint32_t requester, mts_handle_t handle, const char* word_a,
                                  const char* word_b, uint32_t wait, uint32_t vsan, uint8_t* data,
                                  uint32_t* length);
+
+/**
+ * Writes part of a VSAN's host data, under the fcd lock where FICON is enabled (without it where it
+ * is not). The requester reaches the lock alone.
+ *
+ * @param offset  where in the block the bytes go; `offset` + `length` is at most 16384
+ * @param data  `length` bytes; copied, not kept
+ * @return 0x40850003 for a write beyond 16384 bytes, before anything is sent; 0x40850010 without
+ *         memory for the request; 0x40850012 when the lock cannot be had; 3 for a reply without
+ *         payload
+ */
 uint32_t ficon_cmi_send_set_host_data_nonblock(uint32_t requester, mts_handle_t handle,
                                                const char* word_a, const char* word_b,
                                                uint32_t wait, uint32_t vsan, uint32_t offset,
                                                const uint8_t* data, uint32_t length,
                                                mts_msg_ref_t* msg);
+
+/** @param vsan  [out] the VSAN that the reply names; 4094 on failure */
 uint32_t ficon_cmi_parse_set_host_data(mts_msg_ref_t* reply, uint32_t* vsan);
 uint32_t ficon_cmi_set_host_data(uint32_t requester, mts_handle_t handle, const char* word_a,
                                  const char* word_b, uint32_t wait, uint32_t vsan, uint32_t offset,
@@ -651,19 +675,62 @@ uint32_t ficon_cmi_set_host_data(uint32_t requester, mts_handle_t handle, const 
 
 /* ---- Product identification block and history summary ---- */
 
+/**
+ * A range of the product identification block: 50-byte records, whose meaning is fcd's. There is no
+ * blocking form. Takes no lock; the requester is not sent.
+ *
+ * @param pib_key  which records are counted; fcd's meaning
+ * @param first  index of the first record wanted
+ * @param last  index of the last one, included
+ */
 uint32_t ficon_cmi_send_get_pib(uint32_t requester, mts_handle_t handle, const char* word_a,
                                 const char* word_b, uint32_t wait, uint32_t pib_key, uint8_t first,
                                 uint8_t last, mts_msg_ref_t* msg);
+
+/**
+ * @param ignored  has no meaning
+ * @param first  [out] index of the first record in the reply, which need not be the one asked for;
+ *               may be null
+ * @param last  [out] index of the last one; may be null
+ * @param records  [out] `last` - `first` + 1 records, the caller's to free with `mtrack_free`, also
+ *                 when the reply turns out malformed only after they were allocated: set it to null
+ *                 before the call, and free it after every outcome
+ * @return 0x40850003 for a reply without TLVs, header or records, with a range that runs backwards,
+ *         or whose records do not fill it; 0x40850010 without memory
+ */
 uint32_t ficon_cmi_parse_getpib(mts_msg_ref_t* reply, uint32_t ignored, uint8_t* first,
                                 uint8_t* last, ficon_cmi_pib_rec_t** records);
+
+/**
+ * A batch of the director history from a position on. Takes no lock; the requester is not sent.
+ * Calling again with the `hist_key` that came back walks on.
+ *
+ * @param msgtype  message type of the header
+ * @param hist_key  position
+ * @param hist_op  operation, 0 to 2; with its arguments fcd's meaning
+ */
 uint32_t ficon_cmi_get_history_summary_nonblock(uint32_t requester, mts_handle_t handle,
                                                 const char* word_a, const char* word_b,
                                                 uint32_t wait, uint32_t msgtype, uint32_t hist_key,
                                                 uint32_t hist_op, uint32_t hist_arg1,
                                                 uint32_t hist_arg2, mts_msg_ref_t* msg);
+
+/**
+ * Reads the first two TLVs of the reply, in either order, and no other.
+ *
+ * @param count  [out] entries; written once the reply is known to be well-formed
+ * @param summary_word  [out] untouched when there are no entries
+ * @param hist_key  [out] position to go on from; may be null
+ * @param entries  [out] `count` entries in host order, the caller's to free with `mtrack_free`;
+ * null when there are none. Bytes 37 to 39 of an entry are undefined
+ * @return 0x40850003 for a reply without the two TLVs, with an operation above 2, or whose entries
+ *         do not fit their TLV (nothing is written then); 0x40850010 without memory
+ */
 uint32_t ficon_cmi_parse_history_summary(mts_msg_ref_t* reply, uint32_t* count,
                                          uint32_t* summary_word, uint32_t* hist_key,
                                          ficon_cmi_hist_entry_t** entries);
+
+/** @param hist_key  [in,out] position; as the parse function leaves it on failure */
 uint32_t ficon_cmi_get_history_summary(uint32_t requester, mts_handle_t handle, const char* word_a,
                                        const char* word_b, uint32_t wait, uint32_t msgtype,
                                        uint32_t* hist_key, uint32_t hist_op, uint32_t hist_arg1,
@@ -672,17 +739,52 @@ uint32_t ficon_cmi_get_history_summary(uint32_t requester, mts_handle_t handle, 
 
 /* ---- Port limits, get-next type, timeouts and software version ---- */
 
+/**
+ * How fcd orders its get-next answers. Switch-wide: no VSAN, no lock; the requester is not sent.
+ *
+ * @param type  [out] as fcd sent it, also beside a nonzero status; may be null
+ * @return 3 for a reply without payload
+ */
 uint32_t ficon_cmi_get_getnext_type(uint32_t requester, mts_handle_t handle, const char* word_a,
                                     const char* word_b, uint32_t wait, uint32_t* type);
+
+/** @return 3 for a reply without payload */
 uint32_t ficon_cmi_set_getnext_type(uint32_t requester, mts_handle_t handle, const char* word_a,
                                     const char* word_b, uint32_t wait, uint32_t type);
 uint32_t ficon_cmi_parse_getnext_type(mts_msg_ref_t* reply, uint32_t* type);
+
+/** Sets how many ports FICON uses at most, switch-wide. @return 3 for a reply without payload */
 uint32_t ficon_cmi_set_max_ports(uint32_t requester, mts_handle_t handle, const char* word_a,
                                  const char* word_b, uint32_t wait, uint32_t count);
 uint32_t ficon_cmi_parse_max_port(mts_msg_ref_t* reply);
+
+/**
+ * The missing-interrupt-handler process time-out. Takes no lock; the requester is not sent.
+ *
+ * Operations 2 and 3 wait for a reply. All others return once the request is sent: 0 then does not
+ * say that fcd took it.
+ *
+ * @param mih_op  0 and 1 set, 2 and 3 read; which time-out is fcd's meaning
+ * @param mih_arg  argument, fcd's meaning
+ * @param timeout  sent with operations 0 and 1, 0 with others
+ * @param reply_record  [out] written by operations 2 and 3 alone; numbers in it are big-endian
+ * @return the transport's error number for a failed send; 3 for a reply without payload
+ */
 uint32_t ficon_cmi_mihpto(uint32_t requester, mts_handle_t handle, const char* word_a,
                           const char* word_b, uint32_t wait, uint8_t mih_op, uint32_t mih_arg,
                           uint32_t timeout, ficon_cmi_mihpto_rec_t* reply_record);
+
+/**
+ * The switch's software version as numbers: the platform's text cut at every `.`, `(` and `)`, each
+ * piece read as a decimal number and kept as a byte. "4.1(3a)" is 4, 1, 3, 0. Local: nothing is
+ * sent.
+ *
+ * @param unused  has no meaning
+ * @param numbers  [out] `count` bytes, zeros behind the last piece
+ * @param count  positive: with 0 or less, nothing bounds what is written but the length of the
+ *               version's text (101 numbers at most)
+ * @return always 0
+ */
 uint32_t ficon_cmi_get_sw_version(uint32_t unused, uint8_t* numbers, int8_t count);
 
 /* ---- Port-map queries ---- */

@@ -96,10 +96,11 @@ uint32_t ficon_cmi_parse_history_summary(mts_msg_ref_t* reply, uint32_t* count,
     console("invalid cmi payload: summary data tlv not found\n");
     return status::kInvalidPayload;
   }
-  if (!holds_its_entries(*summary)) return status::kInvalidPayload;
+  const bool known_operation = head.hist_op.get() <= wire::kLastHistoryOperation;
+  if (known_operation && !holds_its_entries(*summary)) return status::kInvalidPayload;
   if (hist_key != nullptr) *hist_key = head.hist_key.get();
   *entries = nullptr;
-  if (head.hist_op.get() > wire::kLastHistoryOperation) {
+  if (!known_operation) {
     console("invalid cmi payload: hist ops tlv not found\n");  // of a value, not a TLV: intended
     return status::kInvalidPayload;
   }

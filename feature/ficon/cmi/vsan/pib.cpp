@@ -67,7 +67,9 @@ uint32_t ficon_cmi_parse_getpib(mts_msg_ref_t* reply, uint32_t /*ignored*/, uint
   if (copy == nullptr) return status::kAllocationFailed;
   reader.rewind();
   Tlv tlv{};
-  if (!reader.find(wire::TlvType::kPibRecords, tlv)) return status::kInvalidPayload;
+  if (!reader.find(wire::TlvType::kPibRecords, tlv)) {
+    return reader.status() != 0 ? reader.status() : status::kInvalidPayload;
+  }
   if (tlv.length != size) {
     console("(%s):Invalid length of returned data\n", "ficon_cmi_parse_getpib");
     return status::kInvalidPayload;
