@@ -4,12 +4,12 @@
 #include <cstring>
 
 #include "wire/fcd_status.h"
+#include "wire/status.h"
 #include "wire/status_text.h"
 
 namespace ficon::ctl {
 namespace {
 
-constexpr std::uint32_t kDaemonGone = 32;
 constexpr std::uint32_t kMessageTooLong = 90;
 constexpr std::uint32_t kLargestErrorNumber = 4095;
 
@@ -25,6 +25,10 @@ Failure failure_of(std::uint32_t status, const std::string& what, const std::str
   }
   if (const StatusText* text = find_status_text(status)) {
     return {status, text->name, what + ": " + text->sentence, text->hint};
+  }
+  if (status == status::kSendFailed) {
+    return {status, "send-failed", what + ": the request could not be sent",
+            "repeat the command with --verbose"};
   }
   if (status == kMessageTooLong) {
     return {status, "message-too-long", what + ": the message is larger than the transport takes",

@@ -7,6 +7,7 @@
 #include "command.h"
 #include "parse.h"
 #include "wire/fcd_lock.h"
+#include "wire/fcd_status.h"
 #include "wire/status.h"
 
 namespace ficon::ctl {
@@ -28,40 +29,47 @@ const char* requester_name(std::uint32_t code) {
   return code < std::size(kNames) ? kNames[code] : "unknown";
 }
 
-/** The lock functions mix small results with statuses; both become what they mean. */
-void require_lock(Context& context, std::int32_t result, const std::string& what) {
-  if (result == 0) return;
-  if (result == kUnreachable) throw context.session.failure(32, what);
-  if (result == kRefused) {
-    const std::uint32_t error = context.session.transport_error();
-    throw context.session.failure(error == 32 ? error : status::kLockUnavailable, what);
-  }
-  throw context.session.failure(static_cast<std::uint32_t>(result), what);
+std::string lock_of(std::uint32_t vsan) {
+  return "the lock of VSAN " + std::to_string(vsan);
 }
 
-Holder read_holder(Context& context, std::uint32_t vsan) {
+/**
+ * The lock functions mix small results with statuses; both become what they mean. With the daemon
+ * gone some of them say that FICON is not enabled: the transport knows better.
+ */
+void require_lock(Context& context, std::int32_t result, const std::string& what) {
+  if (result == 0) return;
+  if (result == kUnreachable || context.session.transport_error() == kDaemonGone) {
+    throw context.session.failure(kDaemonGone, what);
+  }
+  throw context.session.failure(
+      result == kRefused ? status::kLockUnavailable : static_cast<std::uint32_t>(result), what);
+}
+
+Holder read_holder(Context& context, std::uint32_t vsan, const std::string& what) {
   ficon_fcd_lock_rec_t record{};
   Session& session = context.session;
   require_lock(context,
-               ficon_get_fcd_lock_status(session.handle(), vsan, 0, session.wait(), &record),
-               "cannot read the lock of VSAN " + std::to_string(vsan));
+               ficon_get_fcd_lock_status(session.handle(), vsan, 0, session.wait(), &record), what);
   Holder holder{};
   std::memcpy(&holder, record.reserved0, sizeof holder);
   return holder;
 }
 
+std::string held_by(const Holder& holder) {
+  return std::string("held by the ") + requester_name(holder.requester) + " for " +
+         std::to_string(holder.age.get()) + " s";
+}
+
 void show_status(Context& context, std::uint32_t vsan) {
-  const Holder holder = read_holder(context, vsan);
-  const std::string name = requester_name(holder.requester);
+  const Holder holder = read_holder(context, vsan, "cannot read " + lock_of(vsan));
   Json json{{"vsan", vsan}, {"held", holder.requester != 0}};
-  std::string text = "the lock of VSAN " + std::to_string(vsan) + " is free";
   if (holder.requester != 0) {
-    json["holder"] = name;
+    json["holder"] = requester_name(holder.requester);
     json["seconds"] = holder.age.get();
-    text = "the lock of VSAN " + std::to_string(vsan) + " is held by the " + name + " for " +
-           std::to_string(holder.age.get()) + " s";
   }
-  context.output.show(json, text);
+  context.output.show(json,
+                      lock_of(vsan) + " is " + (holder.requester != 0 ? held_by(holder) : "free"));
 }
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -81,29 +89,53 @@ void hold(std::uint32_t seconds) {
   }
 }
 
+/** A refusal has no reason of its own: who holds the lock, and whether there is one at all, has. */
+[[noreturn]] void refuse_lock(Context& context, std::uint32_t vsan, const std::string& what) {
+  const Holder holder = read_holder(context, vsan, what);
+  if (holder.requester == 0) throw context.session.failure(status::kLockUnavailable, what);
+  throw Failure(
+      status::kLockBusy, "lock-busy", what + ": it is " + held_by(holder),
+      "wait until it is free, or free a stuck one: ficonctl lock reset " + std::to_string(vsan));
+}
+
 void get_lock(Context& context, std::uint32_t vsan, std::uint32_t hold_seconds) {
   Session& session = context.session;
-  const std::string number = std::to_string(vsan);
-  require_lock(context,
-               ficon_get_fcd_lock(session.handle(), vsan, session.requester(), session.wait()),
-               "cannot take the lock of VSAN " + number);
+  const std::string what = "cannot take " + lock_of(vsan);
+  const std::int32_t result =
+      ficon_get_fcd_lock(session.handle(), vsan, session.requester(), session.wait());
+  if (result == kRefused) refuse_lock(context, vsan, what);
+  require_lock(context, result, what);
   const std::string held = hold_seconds == 0 ? "taken, and given back at the end of this command"
                                              : "held for " + std::to_string(hold_seconds) + " s";
   context.output.show({{"vsan", vsan}, {"held", true}, {"seconds", hold_seconds}},
-                      "the lock of VSAN " + number + " is " + held);
+                      lock_of(vsan) + " is " + held);
   hold(hold_seconds);
   ficon_free_fcd_lock(session.handle(), vsan, session.requester(), session.wait());
 }
 
-using LockFunction = std::int32_t (*)(mts_handle_t, std::uint32_t, std::uint32_t, std::uint32_t);
-
-void change_lock(Context& context, LockFunction change, std::uint32_t vsan, const char* verb,
-                 const char* done) {
+/** Freeing succeeds whoever holds the lock, and also without a daemon: only its state tells. */
+void free_lock(Context& context, std::uint32_t vsan) {
   Session& session = context.session;
-  const std::string lock = " the lock of VSAN " + std::to_string(vsan);
-  require_lock(context, change(session.handle(), vsan, session.requester(), session.wait()),
-               std::string("cannot ") + verb + lock);
-  context.output.show({{"vsan", vsan}, {"done", done}}, lock.substr(1) + " is " + done);
+  const std::string what = "cannot free " + lock_of(vsan);
+  require_lock(context,
+               ficon_free_fcd_lock(session.handle(), vsan, session.requester(), session.wait()),
+               what);
+  const Holder holder = read_holder(context, vsan, what);
+  if (holder.requester != 0) {
+    throw Failure(static_cast<std::uint32_t>(FcdStatus::kNotLockOwner), "not-lock-owner",
+                  what + ": it is " + held_by(holder) + " on another connection",
+                  "wait until its owner frees it, or free a stuck one: ficonctl lock reset " +
+                      std::to_string(vsan));
+  }
+  context.output.show({{"vsan", vsan}, {"held", false}}, lock_of(vsan) + " is free");
+}
+
+void reset_lock(Context& context, std::uint32_t vsan) {
+  Session& session = context.session;
+  require_lock(context,
+               ficon_reset_fcd_lock(session.handle(), vsan, session.requester(), session.wait()),
+               "cannot reset " + lock_of(vsan));
+  context.output.show({{"vsan", vsan}, {"held", false}}, lock_of(vsan) + " is reset");
 }
 
 }  // namespace
@@ -123,12 +155,10 @@ void register_lock(CLI::App& app, Context& context) {
       [&context, vsan, hold_seconds] { get_lock(context, parse_vsan(*vsan), *hold_seconds); })
       ->add_option("--hold", *hold_seconds, "Keep it so long, or until Ctrl-C")
       ->type_name("SECONDS");
-  add("free", "Free the lock if this connection holds it", [&context, vsan] {
-    change_lock(context, ficon_free_fcd_lock, parse_vsan(*vsan), "free", "free");
-  });
-  add("reset", "Free the lock whoever holds it", [&context, vsan] {
-    change_lock(context, ficon_reset_fcd_lock, parse_vsan(*vsan), "reset", "reset");
-  });
+  add("free", "Free the lock where this requester holds it",
+      [&context, vsan] { free_lock(context, parse_vsan(*vsan)); });
+  add("reset", "Free the lock whoever holds it",
+      [&context, vsan] { reset_lock(context, parse_vsan(*vsan)); });
 }
 
 }  // namespace ficon::ctl

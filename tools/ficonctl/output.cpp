@@ -3,11 +3,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 
 namespace ficon::ctl {
 namespace {
 
 constexpr std::size_t kColumnGap = 2;
+const std::string kBold = "\033[1m";
+const std::string kPlain = "\033[0m";
 
 /** Columns on the screen: bytes that continue a UTF-8 character take none. */
 std::size_t width(const std::string& text) {
@@ -17,7 +22,7 @@ std::size_t width(const std::string& text) {
 
 }  // namespace
 
-std::string Table::text() const {
+std::string Table::text(bool bold_header) const {
   std::vector<std::size_t> widths;
   for (const auto& row : rows_) {
     widths.resize(std::max(widths.size(), row.size()));
@@ -30,6 +35,7 @@ std::string Table::text() const {
       if (i + 1 < row.size()) text.append(widths[i] - width(row[i]) + kColumnGap, ' ');
     }
     text.erase(text.find_last_not_of(' ') + 1);
+    if (bold_header && &row == &rows_.front()) text = kBold + text + kPlain;
     text += '\n';
   }
   return text;
@@ -40,20 +46,29 @@ Output::Output() {
   const int own = dup(STDOUT_FILENO);
   dup2(STDERR_FILENO, STDOUT_FILENO);
   stream_ = fdopen(own, "w");
-  color = terminal_;
+  const char* no_color = std::getenv("NO_COLOR");
+  color = terminal_ && (no_color == nullptr || *no_color == '\0');
 }
 
 Output::~Output() {
   std::fclose(stream_);
 }
 
+bool Output::write_all(const std::string& text) {
+  return std::fwrite(text.data(), 1, text.size(), stream_) == text.size() &&
+         std::fflush(stream_) == 0;
+}
+
 void Output::write(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stream_);
-  std::fflush(stream_);
+  if (!write_all(text)) {
+    throw Failure(0, "output-failed",
+                  std::string("cannot write the result: ") + std::strerror(errno),
+                  "look at where the output goes");
+  }
 }
 
 void Output::show(const Json& value, const Table& table) {
-  show(value, table.text());
+  show(value, table.text(color));
 }
 
 void Output::show(const Json& value, const std::string& text) {
@@ -68,28 +83,26 @@ void Output::raw(const std::string& text) {
   write(text);
 }
 
+void Output::write_error(const std::string& status, const std::string& name,
+                         const std::string& message, const std::string& hint) {
+  const Json error{{"status", status}, {"name", name}, {"message", message}, {"hint", hint}};
+  // Where this fails too, the exit status alone has to say it.
+  (void)write_all(Json{{"error", error}}.dump(2) + "\n");
+}
+
 void Output::fail(const Failure& failure) {
-  if (json) {
-    Json error{{"status", hex(failure.status(), 8)},
-               {"name", failure.name()},
-               {"message", failure.what()},
-               {"hint", failure.hint()}};
-    write(Json{{"error", error}}.dump(2) + "\n");
-    return;
-  }
+  const std::string status = hex(failure.status(), 8);
+  if (json) return write_error(status, failure.name(), failure.what(), failure.hint());
   std::fprintf(stderr, "ficonctl: %s", failure.what());
   if (failure.status() != 0) {
-    std::fprintf(stderr, " (%s, %s)", hex(failure.status(), 8).c_str(), failure.name().c_str());
+    std::fprintf(stderr, " (%s, %s)", status.c_str(), failure.name().c_str());
   }
   std::fprintf(stderr, "\n  try: %s\n", failure.hint().c_str());
 }
 
-void Output::fail_usage(const std::string& message) {
-  if (json) {
-    write(Json{{"error", {{"name", "usage"}, {"message", message}}}}.dump(2) + "\n");
-  } else {
-    std::fprintf(stderr, "ficonctl: %s\n", message.c_str());
-  }
+void Output::fail_usage(const std::string& message, const std::string& hint) {
+  if (json) return write_error(hex(0, 8), "usage", message, hint);
+  std::fprintf(stderr, "ficonctl: %s\n  try: %s\n", message.c_str(), hint.c_str());
 }
 
 std::string hex(std::uint32_t value, int digits) {

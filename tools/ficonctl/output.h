@@ -18,7 +18,8 @@ class Table {
   explicit Table(std::vector<std::string> header) { rows_.push_back(std::move(header)); }
   void add(std::vector<std::string> row) { rows_.push_back(std::move(row)); }
   bool has_rows() const { return rows_.size() > 1; }
-  std::string text() const;
+  /** `bold_header`: for a terminal. */
+  std::string text(bool bold_header = false) const;
 
  private:
   std::vector<std::vector<std::string>> rows_;
@@ -36,7 +37,7 @@ class Output {
   Output& operator=(const Output&) = delete;
 
   bool json = false;
-  bool color = false;
+  bool color = false;  // by default: standard output is a terminal, and NO_COLOR is not set
 
   /** Whether people look at it: only then colour and progress make sense. */
   bool is_terminal() const { return terminal_; }
@@ -46,10 +47,14 @@ class Output {
   /** As it stands, with `json` or without: pictures and exported files. */
   void raw(const std::string& text);
   void fail(const Failure& failure);
-  void fail_usage(const std::string& message);
+  void fail_usage(const std::string& message, const std::string& hint);
 
  private:
+  /** A result that cannot be written is a Failure: a script must not take its absence for one. */
   void write(const std::string& text);
+  bool write_all(const std::string& text);
+  void write_error(const std::string& status, const std::string& name, const std::string& message,
+                   const std::string& hint);
 
   std::FILE* stream_;
   bool terminal_;

@@ -17,7 +17,7 @@ bool parse_digits(std::string_view digits, int base, std::uint32_t& value) {
   throw UsageError(what + " \"" + std::string(text) + "\" is not " + expected);
 }
 
-/** The least number of characters to insert, delete, replace or exchange with their neighbour. */
+/** The least number of characters to insert, delete or replace. */
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), 0);

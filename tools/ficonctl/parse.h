@@ -1,6 +1,7 @@
 /** Reading what people type: numbers, VSAN lists, FIELD=VALUE; every refusal names the bad part. */
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>

@@ -2,27 +2,13 @@
 
 #include <platform/mts.h>
 
-#include <cinttypes>
-#include <cstdio>
 #include <cstdlib>
 
+#include "exchange_trace.h"
 #include "transport/endpoint.h"
+#include "wire/status.h"
 
 namespace ficon::ctl {
-namespace {
-
-void print_exchange(const ficon_mts_event_t* event, void* /*context*/) {
-  if (event->reply == 0) {
-    std::fprintf(stderr, "-> opcode %" PRIu32 " SAP %" PRIu32 ", %" PRIu32 " bytes%s\n",
-                 event->opcode, event->sap, event->length, event->error == 0 ? "" : ": not sent");
-  } else {
-    std::fprintf(stderr,
-                 "<- opcode %" PRIu32 " SAP %" PRIu32 ", %" PRIu32 " bytes, %" PRIu64 " us\n",
-                 event->opcode, event->sap, event->length, event->elapsed_us);
-  }
-}
-
-}  // namespace
 
 Session::~Session() {
   if (handle_ != nullptr) ficon_mts_close(handle_);
@@ -47,7 +33,8 @@ mts_handle_t Session::handle() {
 }
 
 std::uint32_t Session::transport_error() {
-  return static_cast<std::uint32_t>(mts_errno_get(handle()));
+  const auto error = static_cast<std::uint32_t>(mts_errno_get(handle()));
+  return error != 0 ? error : status::kSendFailed;
 }
 
 MessageDrop::~MessageDrop() {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "failure.h"
+#include "wire/status.h"
 
 namespace ficon::ctl {
 
@@ -37,7 +38,7 @@ class Session {
                     Arguments&&... arguments) {
     const std::uint32_t status = function(requester(), handle(), word_a(), word_b(), wait(),
                                           std::forward<Arguments>(arguments)...);
-    return status == kSendFailed ? transport_error() : status;
+    return status == status::kSendFailed ? transport_error() : status;
   }
 
   /** As `ask`, for what must succeed; throws a Failure that begins with `what` otherwise. */
@@ -51,13 +52,14 @@ class Session {
   Failure failure(std::uint32_t status, const std::string& what) {
     return failure_of(status, what, endpoint_name());
   }
-  /** The transport's last error number: what stands behind a send that gave -1. */
+  /**
+   * The transport's last error number: what stands behind a send that gave -1. Never 0, so that a
+   * failure stays one.
+   */
   std::uint32_t transport_error();
   std::string endpoint_name() const;
 
  private:
-  static constexpr std::uint32_t kSendFailed = 0xffffffff;
-
   const SessionOptions& options_;
   mts_handle_t handle_ = nullptr;
 };

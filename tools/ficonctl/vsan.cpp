@@ -99,7 +99,11 @@ void list_vsans(Context& context) {
 }
 
 void set_state(Context& context, std::uint32_t vsan, bool enable) {
-  if (!enable) confirm_disruption(context, vsan, "disabling FICON");
+  if (!enable) {
+    // Without a daemon there is nothing to disable, and the library says so: no news for a person.
+    read_vsan(context.session, vsan);
+    confirm_disruption(context, vsan, "disabling FICON");
+  }
   context.session.require(std::string("cannot ") + (enable ? "enable" : "disable") +
                               " FICON on VSAN " + std::to_string(vsan),
                           ficon_cmi_set_ficon_state, vsan,
@@ -144,12 +148,12 @@ void send_setting(Context& context, std::uint32_t vsan, const Setting& setting) 
 void set_vsan(Context& context, std::uint32_t vsan, const std::vector<std::string>& assignments) {
   std::vector<Setting> settings;
   for (const std::string& text : assignments) settings.push_back(parse_setting(text));
-  for (const Setting& setting : settings) {
-    if (setting.field == kModes[0].name && setting.value != 0) {
-      confirm_disruption(context, vsan, "taking the switch offline");
-    }
-    send_setting(context, vsan, setting);
-  }
+  const bool goes_offline = std::ranges::any_of(settings, [](const Setting& setting) {
+    return setting.mode != nullptr && setting.mode->set == ficon_cmi_switch_offline &&
+           setting.value != 0;
+  });
+  if (goes_offline) confirm_disruption(context, vsan, "taking the switch offline");
+  for (const Setting& setting : settings) send_setting(context, vsan, setting);
   show_vsan(context, vsan);
 }
 
