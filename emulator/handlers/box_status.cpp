@@ -8,15 +8,8 @@
 namespace ficon::emulator {
 namespace {
 
-/** One line of the status: a number and what it counts. */
-struct StatusEntry {
-  wire::be32 value;
-  wire::bytes<24> label;  // ASCII, NUL-padded
-};
-static_assert(wire::is_packed<StatusEntry, sizeof(wire::BoxStatusEntry)>);
-
 void add_entry(Bytes& reply, std::string_view label, std::size_t value) {
-  StatusEntry entry{};
+  wire::BoxCount entry{};
   entry.value.set(static_cast<std::uint32_t>(value));
   label.copy(reinterpret_cast<char*>(entry.label.raw), sizeof entry.label.raw - 1);
   const Bytes bytes = to_bytes(entry);

@@ -9,15 +9,8 @@
 namespace ficon::emulator {
 namespace {
 
-/** Who holds the lock and for how long, in the bytes that the requests leave free. */
-struct LockHolderBytes {
-  std::uint8_t requester;  // 0: the lock is free
-  wire::host32 age;        // seconds
-};
-static_assert(wire::is_packed<LockHolderBytes, sizeof(wire::FcdLockRecord::spare)>);
-
 void show_holder(wire::FcdLockRecord& record, const Switch& model, VsanNumber vsan) {
-  LockHolderBytes shown{};
+  wire::LockHolder shown{};
   if (const Locks::Holder* holder = model.sessions.locks.holder(vsan)) {
     constexpr std::int64_t kMost = std::numeric_limits<std::uint32_t>::max();
     shown.requester = static_cast<std::uint8_t>(holder->owner.requester);

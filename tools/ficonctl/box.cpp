@@ -1,15 +1,14 @@
 /** `ficonctl box`: the director as a whole. */
 #include <platform/mts.h>
 
-#include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "command.h"
+#include "wire/box_status.h"
 
 namespace ficon::ctl {
 namespace {
-
-constexpr std::size_t kEntriesPerGroup = 5;
 
 struct TrackedFree {
   void operator()(void* memory) const { mtrack_free(memory); }
@@ -29,31 +28,22 @@ BoxStatus read_box_status(Session& session) {
   return BoxStatus(status);
 }
 
-std::string hex_bytes(const std::uint8_t* bytes, std::size_t count) {
-  std::string text;
-  for (std::size_t i = 0; i < count; ++i) {
-    char digits[4];
-    std::snprintf(digits, sizeof digits, "%02x", bytes[i]);
-    if (i != 0 && i % 4 == 0) text += ' ';
-    text += digits;
-  }
-  return text;
+std::string label_of(const wire::BoxCount& entry) {
+  const auto* label = reinterpret_cast<const char*>(entry.label.raw);
+  return {label, strnlen(label, sizeof entry.label.raw)};
 }
 
 void show_box_status(Context& context) {
   const BoxStatus status = read_box_status(context.session);
-  const auto* entries = reinterpret_cast<const ficon_cmi_box_entry_t*>(status.get() + 1);
-  Json json{{"groups", Json::array()}};
-  Table table({"GROUP", "ENTRY", "DATA"});
-  for (std::size_t group = 0; group < status->group_count; ++group) {
-    Json group_json = Json::array();
-    for (std::size_t i = 0; i < kEntriesPerGroup; ++i) {
-      const std::string data =
-          hex_bytes(entries[group * kEntriesPerGroup + i].data, sizeof(ficon_cmi_box_entry_t));
-      group_json.push_back(data);
-      table.add({std::to_string(group + 1), std::to_string(i + 1), data});
-    }
-    json["groups"].push_back(group_json);
+  const auto* entries = reinterpret_cast<const wire::BoxCount*>(status.get() + 1);
+  Json json = Json::object();
+  Table table({"DIRECTOR", "VALUE"});
+  for (std::size_t i = 0; i < status->group_count * wire::kBoxEntriesPerGroup; ++i) {
+    const std::string label = label_of(entries[i]);
+    if (label.empty()) continue;  // a group is filled up with empty entries
+    const std::uint32_t value = entries[i].value.get();
+    json[label] = value;
+    table.add({label, std::to_string(value)});
   }
   if (table.has_rows()) {
     context.output.show(json, table);

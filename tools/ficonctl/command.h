@@ -51,6 +51,9 @@ std::shared_ptr<T> keep() {
   return std::make_shared<T>();
 }
 
+/** "ficonctl 1.0.0" */
+extern const char* const kVersionText;
+
 void register_commands(CLI::App& app, Context& context);
 
 }  // namespace ficon::ctl

@@ -7,14 +7,12 @@ void register_vsan(CLI::App& app, Context& context);
 void register_lock(CLI::App& app, Context& context);
 void register_box(CLI::App& app, Context& context);
 void register_version(CLI::App& app, Context& context);
-void register_complete(CLI::App& app, Context& context);
 
 void register_commands(CLI::App& app, Context& context) {
   register_vsan(app, context);
   register_lock(app, context);
   register_box(app, context);
   register_version(app, context);
-  register_complete(app, context);
 }
 
 }  // namespace ficon::ctl

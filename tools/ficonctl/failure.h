@@ -31,8 +31,9 @@ class Failure : public std::runtime_error {
   std::string hint_;
 };
 
-/** The transport's error number where the daemon is not there. */
+/** The transport's error numbers where the daemon is not there, or silent. */
 inline constexpr std::uint32_t kDaemonGone = 32;
+inline constexpr std::uint32_t kWaitRanOut = 62;
 
 /** An argument that no command could be made of: exit status 2. */
 class UsageError : public std::runtime_error {

@@ -6,6 +6,7 @@
 
 #include "command.h"
 #include "parse.h"
+#include "requester.h"
 #include "wire/fcd_lock.h"
 #include "wire/fcd_status.h"
 #include "wire/status.h"
@@ -13,21 +14,13 @@
 namespace ficon::ctl {
 namespace {
 
+using Holder = wire::LockHolder;
+
 /** The lock functions' own results. */
 constexpr std::int32_t kRefused = -1;
 constexpr std::int32_t kUnreachable = -2;
 
-/** What the daemon writes into the spare bytes: the holder's requester code and the lock's age. */
-struct Holder {
-  std::uint8_t requester;  // 0: the lock is free
-  wire::host32 age;        // seconds
-};
-static_assert(wire::is_packed<Holder, sizeof(ficon_fcd_lock_rec_t::reserved0)>);
-
-const char* requester_name(std::uint32_t code) {
-  constexpr const char* kNames[] = {"nobody", "operator", "agent", "host"};
-  return code < std::size(kNames) ? kNames[code] : "unknown";
-}
+constexpr std::uint32_t kLongestHold = 7 * 24 * 3600;
 
 std::string lock_of(std::uint32_t vsan) {
   return "the lock of VSAN " + std::to_string(vsan);
@@ -35,15 +28,15 @@ std::string lock_of(std::uint32_t vsan) {
 
 /**
  * The lock functions mix small results with statuses; both become what they mean. With the daemon
- * gone some of them say that FICON is not enabled: the transport knows better.
+ * gone or silent some of them say that FICON is not enabled: the transport knows better.
  */
 void require_lock(Context& context, std::int32_t result, const std::string& what) {
   if (result == 0) return;
-  if (result == kUnreachable || context.session.transport_error() == kDaemonGone) {
-    throw context.session.failure(kDaemonGone, what);
-  }
-  throw context.session.failure(
-      result == kRefused ? status::kLockUnavailable : static_cast<std::uint32_t>(result), what);
+  const std::uint32_t error = context.session.transport_error();
+  const auto fail = [&](std::uint32_t status) { throw context.session.failure(status, what); };
+  if (result == kUnreachable || error == kDaemonGone) fail(kDaemonGone);
+  if (error == kWaitRanOut) fail(status::kTimedOut);
+  fail(result == kRefused ? status::kLockUnavailable : static_cast<std::uint32_t>(result));
 }
 
 Holder read_holder(Context& context, std::uint32_t vsan, const std::string& what) {
@@ -57,7 +50,7 @@ Holder read_holder(Context& context, std::uint32_t vsan, const std::string& what
 }
 
 std::string held_by(const Holder& holder) {
-  return std::string("held by the ") + requester_name(holder.requester) + " for " +
+  return "held by the " + requester_name(holder.requester) + " for " +
          std::to_string(holder.age.get()) + " s";
 }
 
@@ -143,7 +136,7 @@ void reset_lock(Context& context, std::uint32_t vsan) {
 void register_lock(CLI::App& app, Context& context) {
   CLI::App& object = add_object(app, "lock", "The fcd lock of a VSAN: who may change it now");
   auto vsan = keep<std::string>();
-  auto hold_seconds = keep<std::uint32_t>();
+  auto hold_seconds = keep<std::string>();
   const auto add = [&](const char* name, const char* help, std::function<void()> run) {
     CLI::App& action = add_action(object, name, help, std::move(run));
     action.add_option("VSAN", *vsan, "VSAN number, 1 to 4093")->required();
@@ -152,7 +145,11 @@ void register_lock(CLI::App& app, Context& context) {
   add("status", "Show who holds the lock and for how long",
       [&context, vsan] { show_status(context, parse_vsan(*vsan)); });
   add("get", "Take the lock, hold it and free it",
-      [&context, vsan, hold_seconds] { get_lock(context, parse_vsan(*vsan), *hold_seconds); })
+      [&context, vsan, hold_seconds] {
+        get_lock(
+            context, parse_vsan(*vsan),
+            hold_seconds->empty() ? 0 : parse_number(*hold_seconds, 1, kLongestHold, "--hold"));
+      })
       ->add_option("--hold", *hold_seconds, "Keep it so long, or until Ctrl-C")
       ->type_name("SECONDS");
   add("free", "Free the lock where this requester holds it",

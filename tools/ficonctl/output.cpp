@@ -46,6 +46,7 @@ Output::Output() {
   const int own = dup(STDOUT_FILENO);
   dup2(STDERR_FILENO, STDOUT_FILENO);
   stream_ = fdopen(own, "w");
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // in order with what is printed to standard error
   const char* no_color = std::getenv("NO_COLOR");
   color = terminal_ && (no_color == nullptr || *no_color == '\0');
 }

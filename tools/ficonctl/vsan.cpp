@@ -100,8 +100,11 @@ void list_vsans(Context& context) {
 
 void set_state(Context& context, std::uint32_t vsan, bool enable) {
   if (!enable) {
-    // Without a daemon there is nothing to disable, and the library says so: no news for a person.
-    read_vsan(context.session, vsan);
+    // The library takes an absent daemon for done, since nothing is left to disable: a person who
+    // asks for it would be misled.
+    ficon_cmi_vsan_cfg_t record{};
+    const std::uint32_t status = context.session.ask(ficon_cmi_get_vsan_info, kGet, vsan, &record);
+    if (status == kDaemonGone) throw context.session.failure(status, "cannot disable FICON");
     confirm_disruption(context, vsan, "disabling FICON");
   }
   context.session.require(std::string("cannot ") + (enable ? "enable" : "disable") +

@@ -7,11 +7,6 @@
 namespace ficon::ctl {
 namespace {
 
-std::vector<const CLI::App*> commands_of(const CLI::App& app) {
-  // An empty group hides a command: it is for programs.
-  return app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); });
-}
-
 const CLI::App* find_command(const CLI::App& app, const std::string& name) {
   const auto found =
       app.get_subcommands([&](const CLI::App* each) { return each->get_name() == name; });
@@ -20,7 +15,8 @@ const CLI::App* find_command(const CLI::App& app, const std::string& name) {
 
 std::vector<std::string> names_of(const CLI::App& app) {
   std::vector<std::string> names;
-  for (const CLI::App* each : commands_of(app)) names.push_back(each->get_name());
+  for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; }))
+    names.push_back(each->get_name());
   return names;
 }
 
@@ -33,6 +29,38 @@ std::vector<const CLI::App*> path_of(const CLI::App& app, const std::vector<std:
     path.push_back(next);
   }
   return path;
+}
+
+/** The long options that may stand on the path: an object's words take the global ones too. */
+std::vector<std::string> options_of(const std::vector<const CLI::App*>& path) {
+  std::vector<std::string> names;
+  for (const CLI::App* level : path) {
+    for (const CLI::Option* option : level->get_options()) {
+      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+  }
+  return names;
+}
+
+/** Where an object or an action is missing: which there are. */
+std::string missing_word(const std::vector<const CLI::App*>& path) {
+  std::string list;
+  for (const std::string& name : names_of(*path.back())) list += (list.empty() ? "" : ", ") + name;
+  if (list.empty()) return "";
+  return (path.size() == 1 ? "name an object: " : "name an action: ") + list;
+}
+
+/** The first option that the path does not have, and what is near. */
+std::string unknown_option(const std::vector<const CLI::App*>& path,
+                           const std::vector<std::string>& arguments) {
+  const std::vector<std::string> known = options_of(path);
+  for (const std::string& argument : arguments) {
+    if (argument == "--") break;
+    const std::string name = argument.substr(0, argument.find('='));
+    if (!name.starts_with("--") || std::ranges::find(known, name) != known.end()) continue;
+    return "there is no option \"" + name + "\" here" + did_you_mean(name, known);
+  }
+  return "";
 }
 
 bool takes_value(const CLI::App& app, const std::string& argument) {
@@ -66,6 +94,13 @@ void check_words(const CLI::App& app, const std::vector<std::string>& words) {
   if (words.size() > 1) check_name(*find_command(app, words[0]), "action", words[1]);
 }
 
+std::string explain_words(const CLI::App& app, const std::vector<std::string>& words,
+                          const std::vector<std::string>& arguments) {
+  const auto path = path_of(app, words);
+  const std::string unknown = unknown_option(path, arguments);
+  return unknown.empty() ? missing_word(path) : unknown;
+}
+
 std::string help_command(const CLI::App& app, const std::vector<std::string>& words) {
   std::string command = "ficonctl ";
   const auto path = path_of(app, words);
@@ -79,11 +114,7 @@ std::vector<std::string> completions(const CLI::App& app, const std::vector<std:
   const auto path = path_of(app, words_of(app, {typed.begin(), typed.end() - 1}));
   std::vector<std::string> candidates;
   if (begun.starts_with('-')) {
-    for (const CLI::App* level : path) {
-      for (const CLI::Option* option : level->get_options()) {
-        for (const std::string& name : option->get_lnames()) candidates.push_back("--" + name);
-      }
-    }
+    candidates = options_of(path);
   } else {
     candidates = names_of(*path.back());
   }

@@ -13,6 +13,10 @@ std::vector<std::string> words_of(const CLI::App& app, const std::vector<std::st
 /** A mistyped object or action: a UsageError that names what is near. */
 void check_words(const CLI::App& app, const std::vector<std::string>& words);
 
+/** Why the parser refuses the words where they tell: a mistyped option, a missing action. Or "". */
+std::string explain_words(const CLI::App& app, const std::vector<std::string>& words,
+                          const std::vector<std::string>& arguments);
+
 /** The help command of what the words name: "ficonctl vsan set --help". */
 std::string help_command(const CLI::App& app, const std::vector<std::string>& words);
 

@@ -21,4 +21,11 @@ struct BoxStatusEntry {
 };
 static_assert(is_packed<BoxStatusEntry, 28>);
 
+/** What fcd says in an entry: a number and what it counts. The library passes it on unread. */
+struct BoxCount {
+  be32 value;
+  bytes<24> label;  // ASCII, NUL-padded
+};
+static_assert(is_packed<BoxCount, sizeof(BoxStatusEntry)>);
+
 }  // namespace ficon::wire

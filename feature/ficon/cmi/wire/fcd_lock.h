@@ -20,4 +20,11 @@ static_assert(offsetof(FcdLockRecord, status) == 5);
 static_assert(offsetof(FcdLockRecord, requester) == 9);
 static_assert(offsetof(FcdLockRecord, spare) == 13);
 
+/** What fcd says in a status reply's spare bytes: who holds the lock and since when. */
+struct LockHolder {
+  std::uint8_t requester;  // 0: the lock is free
+  host32 age;              // seconds
+};
+static_assert(is_packed<LockHolder, sizeof(FcdLockRecord::spare)>);
+
 }  // namespace ficon::wire
