@@ -789,73 +789,219 @@ uint32_t ficon_cmi_get_sw_version(uint32_t unused, uint8_t* numbers, int8_t coun
 
 /* ---- Port-map queries ---- */
 
+/**
+ * The port map of a module, or of the logical ports, up to 36 ports from `start` on and never
+ * beyond their block. Blocks; takes no lock. Asks fcd for numbers and addresses, the chassis and
+ * the port manager for interfaces and states, and fcd again for the state of ports towards devices.
+ *
+ * State: 0 up towards another switch, 1 failed, 2 offline, 3 administratively down, 4 online, 5 no
+ * interface or nothing known.
+ *
+ * @param module   from 1; of no matter for logical ports
+ * @param start    first port of the module, or first logical port, from 0
+ * @param logical  not 0: the logical ports
+ * @param entries  [out] room for 36. `if_index` is BE. A port without interface keeps the bytes
+ * that were in that field, but for the array's first four, which are cleared; clear the array
+ * before to tell them. Host order, and partly filled, after a failure.
+ * @param count    [out] ports of the span, set before anything is sent; 0 or a negative number's
+ * bits for a start beyond the block, which gives 0 and no entries
+ * @return 0; 0x40850003 for a malformed answer; 0x40850010 without memory; else what fcd, the
+ *         transport, the port manager or the chassis said
+ */
 uint32_t ficon_cmi_get_portmap_entry(mts_handle_t handle, const char* word_a, const char* word_b,
                                      uint32_t wait, uint32_t module, uint32_t start,
                                      int32_t logical, ficon_cmi_portmap_entry_t* entries,
                                      uint32_t* count);
+
+/**
+ * The port map of the port numbers from `first` to `last`, both included. As above, but:
+ *
+ * @param entries  [out] room for last - first + 1. `if_index` is in host order: intended. A port
+ *                 number without address or interface, or above the largest, keeps the bytes that
+ *                 were there, its state 5.
+ * @return as above; a first above last gives 0 and asks nothing. More than 383 ports towards
+ * devices do not fit into one query: split the range.
+ */
 uint32_t ficon_cmi_get_portmap_full(mts_handle_t handle, const char* word_a, const char* word_b,
                                     uint32_t wait, uint32_t first, uint32_t last,
                                     ficon_cmi_portmap_full_entry_t* entries);
+
+/**
+ * The port manager's records of `n` ranges of one interface each, asked for 250 at a time. Blocks.
+ *
+ * @param kind         passed to the port manager; 1
+ * @param out_count    [out] records answered
+ * @param out_records  [out] for `mtrack_free`, on failure too; null without ranges or memory
+ * @return 0; 1 without memory; 0x40850000 when fewer were answered than asked for; else the port
+ *         manager's error, 0xffffffff for one of the transport
+ */
 uint32_t ficon_pm_cmi_get_port_config(mts_handle_t handle, uint32_t kind, uint32_t n,
                                       const ficon_cmi_ifindex_rng_t* ranges, uint32_t* out_count,
                                       pm_cmi_port_config_t** out_records, uint32_t wait);
+
+/**
+ * One port of fcd's port map: the one with these keys, or the next one after them. Blocks.
+ *
+ * @param type         1 exactly, 2 the next; with fcd's get-next type 2 the next that has an
+ * interface
+ * @param selector     passed to fcd
+ * @param if_index_io  [in,out] may be null, as the keys: asks with 0
+ * @param key1_io      [in,out] port number; null asks with 512, none
+ * @param key2_io      [in,out] port address; the same
+ * @return 0, or what fcd or the transport said. A reply that does not come gives 0 and leaves the
+ * keys unchanged: intended.
+ */
 uint32_t ficon_send_get_portmap(mts_handle_t handle, const char* word_a, const char* word_b,
                                 uint32_t wait, uint32_t type, uint8_t selector,
                                 if_index_t* if_index_io, uint16_t* key1_io, uint16_t* key2_io);
+
+/**
+ * Ask for the port with an FCID; goes to the other node. The message is dropped by the caller.
+ *
+ * @param msgtype  1 exactly, 2 the next
+ * @param key1     port number, 512 for none; `key2` the port address
+ * @return 0; 0x40850003 without a handle; else the transport's result
+ */
 uint32_t ficon_send_get_portmap_fcid_nonblock(mts_handle_t handle, const char* word_a,
                                               const char* word_b, uint32_t msgtype,
                                               uint8_t selector, uint32_t fcid, if_index_t if_index,
                                               uint16_t key1, uint16_t key2, mts_msg_ref_t* msg);
+
+/**
+ * The answer to it. Every pointer may be null. The keys are written whatever the status is.
+ *
+ * @return fcd's status; 0x40850008 for a reply without payload, 0x40850003 for none or a malformed
+ * one
+ */
 uint32_t ficon_parse_get_portmap_fcid(mts_msg_ref_t* reply, if_index_t* if_index, uint16_t* key1,
                                       uint16_t* key2, uint32_t* fcid, uint8_t* answer_byte);
 
 /* ---- Port-number assignment and port-address bindings ---- */
 
+/**
+ * Bind or unbind a port number on a VSAN, or ask (3), which prints the interface that has it.
+ * Blocks; takes no lock, as none of this family.
+ *
+ * @return a status in spite of its type: fcd's, 0x40850003 for a malformed answer, or the
+ * transport's error number after a printed line
+ */
 int32_t ficon_cmi_vsan_portnum_intf(mts_handle_t handle, uint8_t op, uint32_t vsan,
                                     uint32_t port_number, if_index_t if_index, uint32_t wait);
+
+/**
+ * Give an interface a port number (1), or one of fcd's operations 2 and 3 on it. Blocks.
+ *
+ * @return fcd's status; 0x40850003 for another operation or a malformed answer; 0x40850050 for a
+ * port channel that the system created; the transport's error number after a printed line
+ */
 uint32_t ficon_cmi_set_portnum(mts_handle_t handle, uint8_t op, if_index_t if_index,
                                uint32_t port_number, uint32_t wait);
+
+/**
+ * Reserve or release ranges of port numbers, for a module (1, 2) or the logical ports (4, 5), or
+ * read them back (3, 6). Blocks. Operations 1 to 3 ask the port manager for the module's ports.
+ *
+ * @param module      from 1
+ * @param result      [out] queries: a number from fcd
+ * @param count       [in,out] ranges, at most 64; queries set it
+ * @param firsts      [in,out] 64 of room, as `lasts`; written by queries alone
+ * @param error_text  [out] 257 bytes of room: why fcd refused, else empty; not for queries
+ * @return fcd's status; 0x40850003 for another operation, a count below 0 or above 64 that is no
+ *         query's, or a malformed answer; the transport's error number after a printed line
+ */
 uint32_t ficon_cmi_reserve_portnum(uint32_t requester, mts_handle_t handle, const char* word_a,
                                    const char* word_b, uint32_t wait, uint8_t op, uint32_t module,
                                    uint32_t arg, uint32_t* result, int32_t* count, uint32_t* firsts,
                                    uint32_t* lasts, char* error_text);
+
+/**
+ * How many Fibre Channel ports a module has, from 1; 0 after a printed line for every failure.
+ * Blocks.
+ */
 int32_t ficon_cmi_fc_port_in_mod(mts_handle_t handle, uint8_t module);
+
+/**
+ * Bind a port address to an interface. Blocks. The requester and the words are not sent.
+ *
+ * @return fcd's status, 0 for a reply without payload; the transport's error number after a printed
+ *         line
+ */
 uint32_t ficon_cmi_set_pa_if(uint32_t requester, mts_handle_t handle, const char* word_a,
                              const char* word_b, uint32_t wait, uint16_t port_address,
                              if_index_t if_index);
+
+/** Bind a port address to a port number. As above. */
 uint32_t ficon_cmi_set_pa_pn(uint32_t requester, mts_handle_t handle, const char* word_a,
                              const char* word_b, uint32_t wait, uint16_t port_address,
                              uint16_t port_number);
 
 /* ---- Port swap ---- */
 
+/**
+ * Ask fcd to exchange the identities of two ports, by port number. The requester is not sent.
+ *
+ * @return 0; 0x40850025 when they are the same, and nothing is sent; else the transport's result
+ */
 uint32_t ficon_cmi_swap_port_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, uint32_t first,
                                       uint32_t second, mts_msg_ref_t* msg);
+
+/** The same by interface index. */
 uint32_t ficon_cmi_swap_intf_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, if_index_t first,
                                       if_index_t second, mts_msg_ref_t* msg);
+
+/**
+ * The answer of both forms.
+ *
+ * @param record  [out] the head and `count` operations of `ficon_cmi_swap_op_t`, also when there
+ * are none, for `mtrack_free`; null on failure
+ * @return 0; 3 for a reply without payload; 0x40850010 without memory; 0x40850003 for more
+ * operations than there are ports; else fcd's refusal
+ */
 uint32_t ficon_cmi_parse_swap_port(mts_msg_ref_t* reply, ficon_cmi_swap_reply_t** record);
+
+/**
+ * Send, wait and parse. Blocks; takes no lock. `record` is untouched when sending or receiving
+ * fails.
+ */
 uint32_t ficon_cmi_swap_port(uint32_t requester, mts_handle_t handle, const char* word_a,
                              const char* word_b, uint32_t wait, uint32_t first, uint32_t second,
                              ficon_cmi_swap_reply_t** record);
+
+/** The same by interface index. */
 uint32_t ficon_cmi_swap_intf(uint32_t requester, mts_handle_t handle, const char* word_a,
                              const char* word_b, uint32_t wait, if_index_t first, if_index_t second,
                              ficon_cmi_swap_reply_t** record);
 
 /* ---- Port prohibit access lists ---- */
 
+/**
+ * Set whether prohibit access lists are built other than by FCID, on the whole switch. Blocks;
+ * takes no lock, as none of this family.
+ *
+ * @return fcd's status, 0 for a reply without payload; the transport's error number after a printed
+ *         line
+ */
 uint32_t ficon_cmi_set_port_prohibit_acl_not_fcid(uint32_t requester, mts_handle_t handle,
                                                   const char* word_a, const char* word_b,
                                                   uint32_t wait, uint32_t value);
+
+/** Read it. `value` is written also when fcd refuses, and not by a reply without payload. */
 uint32_t ficon_cmi_get_port_prohibit_acl_not_fcid(uint32_t requester, mts_handle_t handle,
                                                   const char* word_a, const char* word_b,
                                                   uint32_t wait, uint32_t* value);
+
+/** Downgrade the type of the access lists, once. */
 uint32_t ficon_cmi_set_acl_type_downgrade(uint32_t requester, mts_handle_t handle,
                                           const char* word_a, const char* word_b, uint32_t wait);
+
+/** Set the prohibit state that ports have unless a file says otherwise. */
 uint32_t ficon_cmi_set_port_default_prohibit(uint32_t requester, mts_handle_t handle,
                                              const char* word_a, const char* word_b, uint32_t wait,
                                              uint32_t value);
+
+/** Read it, as the other setting. */
 uint32_t ficon_cmi_get_port_default_prohibit(uint32_t requester, mts_handle_t handle,
                                              const char* word_a, const char* word_b, uint32_t wait,
                                              uint32_t* value);
