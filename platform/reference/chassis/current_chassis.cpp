@@ -30,7 +30,17 @@ std::shared_ptr<const Chassis> built_in() {
   return chassis;
 }
 
-/** Null when nobody answers with a description. */
+/** What a reply describes; the built-in chassis where an emulator describes none. */
+std::shared_ptr<const Chassis> described(mts_msg_ref_t* reply, const std::string& endpoint) {
+  const auto* text = static_cast<const char*>(mts_payload_get(reply));
+  if (text == nullptr) return built_in();
+  std::string error;
+  auto read =
+      read_chassis({text, static_cast<std::size_t>(received_length(text))}, endpoint, &error);
+  return read ? std::make_shared<const Chassis>(*std::move(read)) : built_in();
+}
+
+/** Null when nobody answers. */
 std::shared_ptr<const Chassis> fetch(const std::string& endpoint) {
   const mts_handle_t handle = ficon_mts_open(endpoint.c_str(), nullptr, 0);
   if (handle == nullptr) return nullptr;
@@ -38,14 +48,7 @@ std::shared_ptr<const Chassis> fetch(const std::string& endpoint) {
   mts_msg_ref_t reply{};
   if (call_service(handle, ServiceSap::kChassis, ChassisOpcode::kDescription, {}, kPatienceMs,
                    &reply) == 0) {
-    const auto* text = static_cast<const char*>(mts_payload_get(&reply));
-    std::string error;
-    if (text != nullptr) {
-      const auto length = static_cast<std::size_t>(received_length(text));
-      if (auto read = read_chassis({text, length}, endpoint, &error)) {
-        chassis = std::make_shared<const Chassis>(*std::move(read));
-      }
-    }
+    chassis = described(&reply, endpoint);
     mts_drop(handle, &reply);
   }
   ficon_mts_close(handle);
