@@ -23,13 +23,19 @@ Answer handle_box_status(const Request& request, Switch& model) {
     return Malformed{"box status is not a header of 112 bytes"};
   }
   wire::BoxStatusHead head{};
-  head.group_count = 1;
+  head.group_count = 2;
   Bytes reply = to_bytes(head);
   add_entry(reply, "ficon feature", model.feature_enabled() ? 1 : 0);
   add_entry(reply, "ficon vsans", model.vsans().size());
   add_entry(reply, "locks held", model.sessions.locks.count());
   add_entry(reply, "history entries", model.history.entries().size());
   add_entry(reply, "history position", model.history.last_position());
+  const SwitchLimits& limits = model.limits();
+  add_entry(reply, "oldest history position", model.history.first_position());
+  add_entry(reply, "history capacity", model.history.capacity());
+  add_entry(reply, "maximum ports", limits.max_ports);
+  add_entry(reply, "get-next type", static_cast<std::size_t>(limits.get_next_type));
+  add_entry(reply, "default MIH time-out", limits.default_mih_timeout.encoded);
   return reply;
 }
 

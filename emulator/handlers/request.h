@@ -34,8 +34,10 @@ struct Malformed {
   const char* reason;
 };
 
-/** The client awaits no reply to this request. */
-struct NoReply {};
+/** The client awaits no reply to this request; why it was refused, if it was, goes to the log. */
+struct NoReply {
+  FcdStatus status = FcdStatus::kDone;
+};
 
 /** A reply; or a status, which the route puts into the reply of its family. */
 using Answer = std::variant<Bytes, FcdStatus, Malformed, NoReply>;

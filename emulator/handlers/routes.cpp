@@ -3,6 +3,9 @@
 #include "handlers/box_status.h"
 #include "handlers/ficon_state.h"
 #include "handlers/files.h"
+#include "handlers/history.h"
+#include "handlers/host_data.h"
+#include "handlers/limits.h"
 #include "handlers/lock.h"
 #include "handlers/platform_services.h"
 #include "handlers/port_info.h"
@@ -48,6 +51,14 @@ constexpr Route kRoutes[] = {
     fcd(Opcode::kPortInfo, "port information", handle_port_info, port_info_status_reply),
     fcd(Opcode::kGetSavedFile, "reading a saved file", handle_get_saved_file, file_status_reply),
     fcd(Opcode::kSetSavedFile, "writing a saved file", handle_set_saved_file, file_status_reply),
+    fcd(Opcode::kGetHostData, "reading host data", handle_get_host_data,
+        get_host_data_status_reply),
+    fcd(Opcode::kSetHostData, "writing host data", handle_set_host_data,
+        set_host_data_status_reply),
+    fcd(Opcode::kHistory, "history", handle_history, history_status_reply),
+    fcd(Opcode::kGetNextType, "get-next type", handle_get_next_type, limit_status_reply),
+    fcd(Opcode::kMaxPorts, "maximum ports", handle_max_ports, limit_status_reply),
+    fcd(Opcode::kMihTimeout, "MIH time-out", handle_mih_timeout, mih_timeout_status_reply),
     fcd(Opcode::kBoxStatus, "box status", handle_box_status, box_status_reply),
     {wire::kFcdNode, wire::kLockSap, static_cast<std::uint32_t>(Opcode::kLock), "lock", handle_lock,
      lock_status_reply},

@@ -7,6 +7,10 @@ namespace ficon::emulator {
 std::uint32_t History::append(HistoryEntry entry) {
   entry.position = ++last_position_;
   entries_.push_back(std::move(entry));
+  return drop_excess();
+}
+
+std::uint32_t History::drop_excess() {
   if (entries_.size() <= capacity_) return 0;
   const std::uint32_t gone = entries_.front().position;
   entries_.pop_front();

@@ -9,20 +9,11 @@
 #include <string>
 
 #include "model/requester.h"
+#include "wire/history.h"
 
 namespace ficon::emulator {
 
-enum class Change : std::uint8_t {
-  kFeatureEnabled = 1,
-  kFiconEnabled = 2,
-  kFiconDisabled = 3,
-  kModes = 4,
-  kCodepage = 5,
-  kClock = 6,
-  kFcidLastByte = 7,
-  kLockReset = 8,
-  kFile = 9,
-};
+using Change = wire::HistoryChange;
 
 struct HistoryEntry {
   std::uint32_t position = 0;
@@ -40,6 +31,9 @@ class History {
   /** Appends an entry; its position is filled in. @return the position of the entry that gave way,
    *  or 0. */
   std::uint32_t append(HistoryEntry entry);
+  /** Lets the oldest entry go if there are more than the ring holds: after a restart with a smaller
+   *  one. @return its position, or 0 */
+  std::uint32_t drop_excess();
 
   /** Puts back an entry read from the store; in ascending order of position. */
   void restore(HistoryEntry entry);
@@ -47,6 +41,10 @@ class History {
   const HistoryEntry* at(std::uint32_t position) const;
   const std::deque<HistoryEntry>& entries() const { return entries_; }
   std::uint32_t last_position() const { return last_position_; }
+  /** Position of the oldest entry; behind the last one where there is none. */
+  std::uint32_t first_position() const {
+    return entries_.empty() ? last_position_ + 1 : entries_.front().position;
+  }
   std::size_t capacity() const { return capacity_; }
 
  private:

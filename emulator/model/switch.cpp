@@ -126,13 +126,13 @@ void Switch::changed(Vsan& vsan, const Asker& asker, Change change, std::string 
 }
 
 void Switch::record(VsanNumber vsan, const Asker& asker, Change change, std::string detail) {
-  const std::uint32_t gone = history.append({.time = options_.clocks.seconds_since_1970(),
-                                             .vsan = vsan,
-                                             .requester = asker.requester,
-                                             .change = change,
-                                             .detail = std::move(detail)});
+  std::uint32_t gone = history.append({.time = options_.clocks.seconds_since_1970(),
+                                       .vsan = vsan,
+                                       .requester = asker.requester,
+                                       .change = change,
+                                       .detail = std::move(detail)});
   touched.object(history_object(history.last_position()));
-  if (gone != 0) touched.object(history_object(gone));
+  for (; gone != 0; gone = history.drop_excess()) touched.object(history_object(gone));
 }
 
 FcdStatus Switch::get_lock(std::uint32_t number, const Asker& asker) {

@@ -77,6 +77,14 @@ class Switch {
   FcdStatus test_and_increment_key_counter(std::uint32_t vsan, const Asker& asker,
                                            std::uint32_t expected);
 
+  // Limits; the MIH time-out of a VSAN is its own or, set to 0, the switch's.
+  const SwitchLimits& limits() const { return limits_; }
+  FcdStatus set_get_next_type(std::uint32_t type);
+  FcdStatus set_max_ports(std::uint32_t count);
+  FcdStatus set_default_mih_timeout(std::uint32_t encoded);
+  FcdStatus set_mih_timeout(std::uint32_t vsan, const Asker& asker, std::uint32_t encoded);
+  MihTimeout mih_timeout(const Vsan& vsan) const;
+
   // The lock.
   FcdStatus get_lock(std::uint32_t vsan, const Asker& asker);
   FcdStatus free_lock(std::uint32_t vsan, const Asker& asker);
@@ -107,18 +115,22 @@ class Switch {
 
   // Putting back what was stored: no rule is asked and nothing is touched.
   void restore_feature(bool enabled) { feature_enabled_ = enabled; }
+  void restore_limits(const SwitchLimits& limits) { limits_ = limits; }
   Vsan& restore_vsan(VsanNumber number) { return vsans_.try_emplace(number, number).first->second; }
 
  private:
+  void limits_changed(std::string detail);
   FcdStatus check_requester(const Vsan& vsan, Requester requester) const;
 
   SwitchOptions options_;
   bool feature_enabled_ = false;
+  SwitchLimits limits_;
   std::map<VsanNumber, Vsan> vsans_;
 };
 
 /** The names of the switch's own objects in the store. */
 inline constexpr std::string_view kFeatureObject = "feature";
+inline constexpr std::string_view kLimitsObject = "limits";
 std::string history_object(std::uint32_t position);
 
 }  // namespace ficon::emulator

@@ -4,8 +4,10 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "model/configuration_file.h"
+#include "model/limits.h"
 #include "wire/fcd_status.h"
 
 namespace ficon::emulator {
@@ -83,6 +85,8 @@ struct Vsan {
   std::uint32_t codepage = kDefaultCodepage;
   TimestampClock clock;
   std::uint8_t fcid_last_byte = 0;
+  MihTimeout mih_timeout;  // 0: the switch's
+  std::vector<std::uint8_t> host_data;
   ConfigurationFiles files;
 
   VsanState state() const { return modes.switch_offline ? VsanState::kOffline : VsanState::kUp; }

@@ -58,6 +58,11 @@ void Service::run(Applied& applied) {
     applied.reply = std::move(*bytes);
     return;
   } else {
+    const auto& silent = std::get<NoReply>(answer);
+    if (silent.status != FcdStatus::kDone) {
+      log_.complaint(describe(applied.from, message,
+                              find_fcd_status(static_cast<Status>(silent.status))->sentence));
+    }
     applied.reply.reset();
     return;
   }

@@ -8,14 +8,17 @@ namespace ficon::emulator {
 
 inline constexpr StoredKind kStoredKinds[] = {
     {"feature", save_feature, load_feature},
+    {"limits", save_limits, load_limits},
     {"vsan/?", save_vsan, load_vsan},
     {"vsan/?/active", save_active_configuration, load_active_configuration},
     {"vsan/?/file/?", save_file, load_file},
+    {"vsan/?/host-data", save_host_data, load_host_data},
     {"history/?", save_history, load_history},
 };
 
 inline constexpr SavedConfigKind kSavedConfigKinds[] = {
     {"feature", write_feature_record},
+    {"limits", write_limits_record},
     {"vsan/?", write_vsan_record},
 };
 

@@ -7,11 +7,12 @@ namespace {
 
 constexpr std::uint8_t kVsanRecord = 6;
 constexpr std::uint8_t kFeatureRecord = 35;
+constexpr std::uint8_t kMihTimeoutRecord = 38;
 
-/** Flags are words of the machine: the generator reads them as they stand. */
-std::string flag_word(bool flag) {
+/** Words are those of the machine: the generator reads them as they stand. */
+std::string word_of(std::uint32_t value) {
   wire::host32 word{};
-  word.set(flag ? 1 : 0);
+  word.set(value);
   return {reinterpret_cast<const char*>(word.raw), sizeof word.raw};
 }
 
@@ -24,7 +25,12 @@ std::string saved_config_key(std::uint8_t type) {
 }
 
 void write_feature_record(const Switch& model, const PathParts&, SavedRecords& records) {
-  records[saved_config_key(kFeatureRecord)] = flag_word(model.feature_enabled());
+  records[saved_config_key(kFeatureRecord)] = word_of(model.feature_enabled() ? 1 : 0);
+}
+
+void write_limits_record(const Switch& model, const PathParts&, SavedRecords& records) {
+  records[saved_config_key(kMihTimeoutRecord)] =
+      word_of(model.limits().default_mih_timeout.encoded);
 }
 
 void write_vsan_record(const Switch& model, const PathParts& parts, SavedRecords& records) {
@@ -35,8 +41,7 @@ void write_vsan_record(const Switch& model, const PathParts& parts, SavedRecords
   std::string key = saved_config_key(kVsanRecord);
   key[2] = static_cast<char>(in_key.raw[0]);
   key[3] = static_cast<char>(in_key.raw[1]);
-  records[key] =
-      model.find_vsan(*number) == nullptr ? std::nullopt : std::optional(flag_word(true));
+  records[key] = model.find_vsan(*number) == nullptr ? std::nullopt : std::optional(word_of(1));
 }
 
 }  // namespace ficon::emulator

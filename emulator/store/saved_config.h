@@ -28,6 +28,7 @@ struct SavedConfigKind {
 std::string saved_config_key(std::uint8_t type);
 
 void write_feature_record(const Switch&, const PathParts&, SavedRecords&);
+void write_limits_record(const Switch&, const PathParts&, SavedRecords&);
 void write_vsan_record(const Switch&, const PathParts&, SavedRecords&);
 
 }  // namespace ficon::emulator

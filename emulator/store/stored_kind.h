@@ -17,11 +17,15 @@ struct StoredKind {
   void (*load)(Switch&, const PathParts&, const nlohmann::json&);
 };
 
-/** The kinds of the switch itself: feature, VSANs, history. */
+/** The kinds of the switch itself: feature, limits, VSANs, history. */
 std::optional<nlohmann::json> save_feature(const Switch&, const PathParts&);
 void load_feature(Switch&, const PathParts&, const nlohmann::json&);
 std::optional<nlohmann::json> save_vsan(const Switch&, const PathParts&);
 void load_vsan(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_host_data(const Switch&, const PathParts&);
+void load_host_data(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_limits(const Switch&, const PathParts&);
+void load_limits(Switch&, const PathParts&, const nlohmann::json&);
 std::optional<nlohmann::json> save_history(const Switch&, const PathParts&);
 void load_history(Switch&, const PathParts&, const nlohmann::json&);
 

@@ -2,7 +2,9 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "store/hex.h"
 #include "store/stored_kind.h"
+#include "wire/host_data.h"
 
 namespace ficon::emulator {
 namespace {
@@ -49,6 +51,7 @@ std::optional<json> save_vsan(const Switch& model, const PathParts& parts) {
   value["codepage"] = vsan->codepage;
   value["clock"] = {vsan->clock.first, vsan->clock.second};
   value["fcid_last_byte"] = vsan->fcid_last_byte;
+  value["mih_timeout"] = vsan->mih_timeout.encoded;
   return value;
 }
 
@@ -62,6 +65,36 @@ void load_vsan(Switch& model, const PathParts& parts, const json& value) {
   vsan.clock = {value.at("clock").at(0).get<std::uint32_t>(),
                 value.at("clock").at(1).get<std::uint32_t>()};
   vsan.fcid_last_byte = value.at("fcid_last_byte").get<std::uint8_t>();
+  vsan.mih_timeout = {value.at("mih_timeout").get<std::uint8_t>()};
+}
+
+std::optional<json> save_host_data(const Switch& model, const PathParts& parts) {
+  const Vsan* vsan = model.find_vsan(number_in(parts));
+  if (vsan == nullptr) return std::nullopt;
+  return json{{"bytes", to_hex(vsan->host_data)}};
+}
+
+void load_host_data(Switch& model, const PathParts& parts, const json& value) {
+  const std::uint32_t number = number_in(parts);
+  if (!is_vsan(number)) throw std::runtime_error("no such VSAN number");
+  const auto text = value.at("bytes").get<std::string>();
+  if (text.size() > 2 * wire::kHostDataSize) throw std::runtime_error("too many bytes");
+  std::vector<std::uint8_t> bytes(text.size() / 2);
+  from_hex(text, bytes);
+  model.restore_vsan(static_cast<VsanNumber>(number)).host_data = std::move(bytes);
+}
+
+std::optional<json> save_limits(const Switch& model, const PathParts&) {
+  const SwitchLimits& limits = model.limits();
+  return json{{"get_next_type", static_cast<std::uint32_t>(limits.get_next_type)},
+              {"max_ports", limits.max_ports},
+              {"default_mih_timeout", limits.default_mih_timeout.encoded}};
+}
+
+void load_limits(Switch& model, const PathParts&, const json& value) {
+  model.restore_limits({GetNextType{value.at("get_next_type").get<std::uint32_t>()},
+                        value.at("max_ports").get<std::uint32_t>(),
+                        {value.at("default_mih_timeout").get<std::uint8_t>()}});
 }
 
 std::optional<json> save_history(const Switch& model, const PathParts& parts) {

@@ -125,10 +125,10 @@ TEST_CASE_FIXTURE(Daemon, "A feature by its name") {
   CHECK(malformed(1, zeros(31), 201));
 }
 
-TEST_CASE_FIXTURE(Daemon, "The box status is a head and one group of five") {
+TEST_CASE_FIXTURE(Daemon, "The box status is a head and two groups of five") {
   const test::Bytes status = reply(7880, zeros(112));
-  REQUIRE(status.size() == 8 + 5 * 28);
-  CHECK(status[5] == 1);
+  REQUIRE(status.size() == 8 + 10 * 28);
+  CHECK(status[5] == 2);
   CHECK(hex_of({status.begin() + 8, status.begin() + 17}) == "00 00 00 01 66 69 63 6f 6e ");
 }
 

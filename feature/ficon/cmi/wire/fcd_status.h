@@ -62,6 +62,13 @@ enum class [[nodiscard]] FcdStatus : Status{
     kBadFileContents = 0x4089004c,
     kFileTooLarge = 0x4089004d,
     kNoPortInRange = 0x4089004e,
+
+    kBeyondHostData = 0x408900c0,
+    kNoIdentification = 0x408900c1,
+    kNoHistoryPosition = 0x408900c2,
+    kBadGetNextType = 0x408900c3,
+    kBadMaxPorts = 0x408900c4,
+    kBadMihTimeout = 0x408900c5,
 };
 
 struct FcdStatusText {
@@ -171,6 +178,20 @@ inline constexpr FcdStatusText kFcdStatusTexts[] = {
      "look at the offset, or start the daemon with a higher limit"},
     {FcdStatus::kNoPortInRange, "no-port-in-range", "no port follows in the range asked for",
      "the walk is complete"},
+    {FcdStatus::kBeyondHostData, "beyond-host-data",
+     "the write reaches beyond the 16384 bytes of host data", "lower the offset or the length"},
+    {FcdStatus::kNoIdentification, "no-identification",
+     "nothing with this key and index identifies itself",
+     "use key 0 for the switch and its modules, a module's number for its ports"},
+    {FcdStatus::kNoHistoryPosition, "no-history-position",
+     "the history has not come to this position",
+     "begin at 0; the position may be of another store"},
+    {FcdStatus::kBadGetNextType, "bad-get-next-type", "there is no such get-next type",
+     "use 1 (all ports) or 2 (installed ports)"},
+    {FcdStatus::kBadMaxPorts, "bad-max-ports", "the switch cannot have so many ports",
+     "use 1 to 1280"},
+    {FcdStatus::kBadMihTimeout, "bad-mih-timeout", "the time-out is none that can be encoded",
+     "use 1 to 63, times 1, 10, 100 or 1000"},
 };
 
 /** The text of a code, or null for a code that is not one of fcd's refusals. */

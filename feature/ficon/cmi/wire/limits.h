@@ -22,7 +22,7 @@ struct MihTimeout {
   be32 timeout;
   be32 mih_arg;
   std::uint8_t operation;
-  bytes<4> spare;
+  be32 status;  // fcd's, in replies; the library hands it on unread
 };
 static_assert(is_packed<MihTimeout, 13>);
 static_assert(offsetof(MihTimeout, operation) == 8);
