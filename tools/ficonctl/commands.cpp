@@ -6,12 +6,18 @@ namespace ficon::ctl {
 void register_vsan(CLI::App& app, Context& context);
 void register_lock(CLI::App& app, Context& context);
 void register_box(CLI::App& app, Context& context);
+void register_file(CLI::App& app, Context& context);
+void register_port_settings(CLI::App& app, Context& context);
+void register_matrix(CLI::App& app, Context& context);
 void register_version(CLI::App& app, Context& context);
 
 void register_commands(CLI::App& app, Context& context) {
   register_vsan(app, context);
   register_lock(app, context);
   register_box(app, context);
+  register_file(app, context);
+  register_port_settings(app, context);
+  register_matrix(app, context);
   register_version(app, context);
 }
 
