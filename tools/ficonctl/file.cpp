@@ -1,4 +1,6 @@
 /** `ficonctl file`: the configuration files of a VSAN. */
+#include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -14,20 +16,26 @@ namespace {
 
 using wire::FileOperation;
 
+/** As the library stores names. */
+std::string upper(std::string name) {
+  std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
+  return name;
+}
+
 struct FileArguments {
   std::string vsan;
   std::string name;
   std::string other;
   std::string text;
 
-  FileName file() const { return {parse_vsan(vsan), name}; }
+  FileName file() const { return {parse_vsan(vsan), upper(name)}; }
 };
 
 /** The name that stands for the active configuration where a file is only read. */
 constexpr const char* kActive = "active";
 
 FileName readable_file(const FileArguments& arguments, const std::string& name) {
-  return {parse_vsan(arguments.vsan), name == kActive ? "" : name};
+  return {parse_vsan(arguments.vsan), name == kActive ? "" : upper(name)};
 }
 
 const char* editor_text(std::uint8_t editor) {
