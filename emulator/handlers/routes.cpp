@@ -1,6 +1,7 @@
 #include "handlers/routes.h"
 
 #include "handlers/box_status.h"
+#include "handlers/configuration.h"
 #include "handlers/ficon_state.h"
 #include "handlers/files.h"
 #include "handlers/history.h"
@@ -35,6 +36,7 @@ constexpr Route service(platform::ServiceSap sap, ServiceOpcode opcode, const ch
           reply};
 }
 
+using platform::ConfigurationOpcode;
 using platform::FeatureManagerOpcode;
 using platform::FiconBaseOpcode;
 using platform::ServiceSap;
@@ -65,6 +67,12 @@ constexpr Route kRoutes[] = {
 
     service(ServiceSap::kFiconBase, FiconBaseOpcode::kEnabledVsans, "enabled VSANs",
             handle_enabled_vsans, enabled_vsans_status_reply),
+    service(ServiceSap::kConfiguration, ConfigurationOpcode::kStorePath, "store path",
+            handle_store_path, configuration_status_reply),
+    service(ServiceSap::kConfiguration, ConfigurationOpcode::kSaveStartup,
+            "saving the configuration", handle_save_startup, configuration_status_reply),
+    service(ServiceSap::kConfiguration, ConfigurationOpcode::kSetLoggingLevel, "logging level",
+            handle_set_logging_level, configuration_status_reply),
     service(ServiceSap::kFeatureManager, FeatureManagerOpcode::kEnableFeature, "feature",
             handle_enable_feature, enable_feature_status_reply),
 };

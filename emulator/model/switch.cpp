@@ -55,6 +55,14 @@ bool Switch::enable_feature() {
   return true;
 }
 
+FcdStatus Switch::set_logging_level(std::uint32_t level) {
+  constexpr std::uint32_t kHighest = 7;
+  if (level > kHighest) return FcdStatus::kBadLoggingLevel;
+  logging_level_ = level;
+  touched.object(std::string(kDebugObject));
+  return FcdStatus::kDone;
+}
+
 FcdStatus Switch::enable_ficon(std::uint32_t number, const Asker& asker) {
   if (!is_vsan(number)) return FcdStatus::kVsanOutOfRange;
   if (asker.requester == Requester::kUnknown) return FcdStatus::kUnknownRequester;

@@ -31,6 +31,7 @@ struct Clocks {
 };
 
 struct SwitchOptions {
+  std::string store_path;  // told to whoever generates configuration text from it
   std::size_t history_capacity = 8192;
   std::size_t max_file_contents = 1024 * 1024;  // bytes of one file
   std::size_t max_files = 64;                   // of a VSAN, IPL among them
@@ -60,6 +61,11 @@ class Switch {
   const Vsan* next_vsan(std::uint32_t number) const;
   /** Why a VSAN cannot be looked at: its number, or FICON off; kDone when it can. */
   FcdStatus check_vsan(std::uint32_t number) const;
+
+  /** Of the feature's debug output, where one was set. */
+  std::optional<std::uint32_t> logging_level() const { return logging_level_; }
+  FcdStatus set_logging_level(std::uint32_t level);
+  void restore_logging_level(std::uint32_t level) { logging_level_ = level; }
 
   // The feature and FICON on a VSAN.
   /** @return whether it was off until now */
@@ -124,12 +130,14 @@ class Switch {
 
   SwitchOptions options_;
   bool feature_enabled_ = false;
+  std::optional<std::uint32_t> logging_level_;
   SwitchLimits limits_;
   std::map<VsanNumber, Vsan> vsans_;
 };
 
 /** The names of the switch's own objects in the store. */
 inline constexpr std::string_view kFeatureObject = "feature";
+inline constexpr std::string_view kDebugObject = "debug";
 inline constexpr std::string_view kLimitsObject = "limits";
 std::string history_object(std::uint32_t position);
 

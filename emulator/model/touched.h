@@ -26,8 +26,16 @@ class Touched {
     erased_.insert(std::move(path));
   }
 
-  bool any() const { return !objects_.empty() || !erased_.empty(); }
+  /** What is stored at the end of the turn becomes the startup configuration too. */
+  void startup() {
+    ++marks_;
+    startup_ = true;
+  }
+
+  bool any() const { return !objects_.empty() || !erased_.empty() || startup_; }
+  bool saves_startup() const { return startup_; }
   void clear() {
+    startup_ = false;
     objects_.clear();
     erased_.clear();
   }
@@ -38,6 +46,7 @@ class Touched {
 
  private:
   std::uint64_t marks_ = 0;
+  bool startup_ = false;
   std::set<std::string> objects_;
   std::set<std::string> erased_;
 };

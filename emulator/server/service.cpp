@@ -1,6 +1,7 @@
 #include "server/service.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "handlers/routes.h"
 #include "wire/opcode.h"
@@ -21,6 +22,7 @@ std::string describe(ConnectionId from, const Message& request, const char* what
 
 Service::Service(const std::string& store_path, SwitchOptions options, Log& log)
     : options_(std::move(options)), log_(log), store_(store_path) {
+  options_.store_path = std::filesystem::absolute(store_path).string();
   load();
 }
 

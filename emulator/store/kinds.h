@@ -8,6 +8,7 @@ namespace ficon::emulator {
 
 inline constexpr StoredKind kStoredKinds[] = {
     {"feature", save_feature, load_feature},
+    {"debug", save_debug, load_debug},
     {"limits", save_limits, load_limits},
     {"vsan/?", save_vsan, load_vsan},
     {"vsan/?/active", save_active_configuration, load_active_configuration},

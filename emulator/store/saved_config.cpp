@@ -1,6 +1,6 @@
 #include "store/saved_config.h"
 
-#include "wire/byte_order.h"
+#include "wire/saved_config.h"
 
 namespace ficon::emulator {
 namespace {
@@ -22,6 +22,12 @@ std::string saved_config_key(std::uint8_t type) {
   std::string key(8, '\0');
   key[0] = static_cast<char>(type);
   return key;
+}
+
+std::pair<std::string, std::string> debug_record(std::uint32_t logging_level) {
+  constexpr std::uint32_t kSet = 1;
+  return {word_of(wire::kDebugKind) + word_of(wire::kDebugFeature),
+          word_of(kSet) + word_of(logging_level)};
 }
 
 void write_feature_record(const Switch& model, const PathParts&, SavedRecords& records) {

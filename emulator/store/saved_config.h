@@ -27,6 +27,9 @@ struct SavedConfigKind {
 /** The 8-byte key of a record: its type, then zeros. */
 std::string saved_config_key(std::uint8_t type);
 
+/** Key and value of the debug settings, which have a table of their own. */
+std::pair<std::string, std::string> debug_record(std::uint32_t logging_level);
+
 void write_feature_record(const Switch&, const PathParts&, SavedRecords&);
 void write_limits_record(const Switch&, const PathParts&, SavedRecords&);
 void write_vsan_record(const Switch&, const PathParts&, SavedRecords&);

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "configuration/configuration.h"
 #include "store/kinds.h"
 
 namespace ficon::emulator {
@@ -18,6 +19,12 @@ constexpr const char* kSchema = R"(
   CREATE TABLE ficon_debug(key BLOB PRIMARY KEY, value BLOB NOT NULL) WITHOUT ROWID;
 )";
 
+std::string quoted(const std::string& text) {
+  std::string result;
+  for (const char c : text) result += c == '\'' ? "''" : std::string(1, c);
+  return result;
+}
+
 }  // namespace
 
 struct Store::Statements {
@@ -31,9 +38,12 @@ struct Store::Statements {
         put_record(db,
                    "INSERT INTO ficon_saved_config VALUES(?,?) "
                    "ON CONFLICT(key) DO UPDATE SET value=excluded.value"),
+        put_debug(db,
+                  "INSERT INTO ficon_debug VALUES(?,?) "
+                  "ON CONFLICT(key) DO UPDATE SET value=excluded.value"),
         erase_record(db, "DELETE FROM ficon_saved_config WHERE key=?") {}
 
-  Statement begin, commit, put, erase, erase_range, put_record, erase_record;
+  Statement begin, commit, put, erase, erase_range, put_record, put_debug, erase_record;
 };
 
 std::string store_file(const std::string& path) {
@@ -101,11 +111,25 @@ void Store::commit(const Switch& model) {
     for (const std::string& path : model.touched.erased_paths()) erase_below(path);
     for (const std::string& name : model.touched.objects()) save_object(model, name, records);
     write_records(records);
+    if (model.logging_level()) {
+      const auto [key, value] = debug_record(*model.logging_level());
+      statements_->put_debug.blob(key).blob(value).run();
+    }
     statements_->commit.run();
   } catch (...) {
     if (sqlite3_get_autocommit(database_.get()) == 0) database_.run("ROLLBACK");
     throw;
   }
+  if (model.touched.saves_startup()) save_startup();
+}
+
+/** A copy beside the store, in place whole or not at all. */
+void Store::save_startup() {
+  const std::string target = platform::startup_store(path_);
+  const std::string fresh = target + ".new";
+  std::filesystem::remove(fresh);
+  database_.run("VACUUM INTO '" + quoted(fresh) + "'");
+  std::filesystem::rename(fresh, target);
 }
 
 void Store::erase_below(const std::string& path) {

@@ -47,6 +47,7 @@ class Store {
   struct Statements;
 
   void prepare_schema();
+  void save_startup();
   void erase_below(const std::string& path);
   void save_object(const Switch& model, const std::string& name, SavedRecords& records);
   void write_records(const SavedRecords& records);

@@ -20,6 +20,8 @@ struct StoredKind {
 /** The kinds of the switch itself: feature, limits, VSANs, history. */
 std::optional<nlohmann::json> save_feature(const Switch&, const PathParts&);
 void load_feature(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_debug(const Switch&, const PathParts&);
+void load_debug(Switch&, const PathParts&, const nlohmann::json&);
 std::optional<nlohmann::json> save_vsan(const Switch&, const PathParts&);
 void load_vsan(Switch&, const PathParts&, const nlohmann::json&);
 std::optional<nlohmann::json> save_host_data(const Switch&, const PathParts&);

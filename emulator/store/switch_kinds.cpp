@@ -42,6 +42,15 @@ void load_feature(Switch& model, const PathParts&, const json& value) {
   model.restore_feature(value.at("enabled").get<bool>());
 }
 
+std::optional<json> save_debug(const Switch& model, const PathParts&) {
+  if (!model.logging_level()) return std::nullopt;
+  return json{{"logging_level", *model.logging_level()}};
+}
+
+void load_debug(Switch& model, const PathParts&, const json& value) {
+  model.restore_logging_level(value.at("logging_level").get<std::uint32_t>());
+}
+
 std::optional<json> save_vsan(const Switch& model, const PathParts& parts) {
   const Vsan* vsan = model.find_vsan(number_in(parts));
   if (vsan == nullptr) return std::nullopt;

@@ -26,6 +26,7 @@ enum class [[nodiscard]] FcdStatus : Status{
     kFeatureOff = 0x40890007,
     kUnknownFeature = 0x40890008,
     kStoreFailed = 0x40890009,
+    kBadLoggingLevel = 0x4089000a,
 
     kBadSwitchOffline = 0x40890010,
     kBadHostControlSwitchOffline = 0x40890011,
@@ -99,6 +100,8 @@ inline constexpr FcdStatusText kFcdStatusTexts[] = {
     {FcdStatus::kStoreFailed, "store-failed",
      "the change could not be written to the daemon's store, and was not made",
      "look at the daemon's log, and at the space and the rights of the store"},
+    {FcdStatus::kBadLoggingLevel, "bad-logging-level", "there is no such logging level",
+     "use a level from 0 to 7"},
     {FcdStatus::kBadSwitchOffline, "bad-switch-offline",
      "the value of switch offline is neither 0 nor 1", "use 0 (online) or 1 (offline)"},
     {FcdStatus::kBadHostControlSwitchOffline, "bad-host-control-switch-offline",
