@@ -1,6 +1,8 @@
 /** The settings of a VSAN: one request, one record, a field and an operation for each setting. */
 #include <platform/ficon_base.h>
 
+#include <utility>
+
 #include "core/fcd_lock.h"
 #include "exchange/console.h"
 #include "exchange/exchange.h"
@@ -83,7 +85,7 @@ VsanChange timestamp_clock(std::uint32_t first_word, std::uint32_t second_word) 
   return change;
 }
 
-Status send_change(const Caller& caller, std::uint32_t vsan, VsanChange change,
+Status send_change(const Caller& caller, std::uint32_t vsan, VsanChange&& change,
                    mts_msg_ref_t* message) {
   auto header =
       request_header<wire::CmiHeader>(caller, wire::MessageType::kSet, wire::Subtype::kVsan);
@@ -97,10 +99,13 @@ Status send_change(const Caller& caller, std::uint32_t vsan, VsanChange change,
       .send(caller, wire::Opcode::kVsanConfig, message);
 }
 
-Status change_vsan(const Caller& caller, std::uint32_t vsan, const VsanChange& change) {
+Status change_vsan(const Caller& caller, std::uint32_t vsan, VsanChange&& change) {
   return locked(caller, vsan, [&] {
     return exchange(
-        caller, [&](mts_msg_ref_t* request) { return send_change(caller, vsan, change, request); },
+        caller,
+        [&](mts_msg_ref_t* request) {
+          return send_change(caller, vsan, std::move(change), request);
+        },
         [](Status failure) {
           // names and line that exist nowhere else: what operators' scripts look for
           console("%s(%d):ficon_cmi_set_vsan_info_nonblock failed:%d\n", "ficon_cmi_set_vsan_info",
