@@ -1,4 +1,5 @@
 /** `ficonctl matrix`: the prohibit matrix of a file, drawn for the terminal or as a picture. */
+#include <algorithm>
 #include <fstream>
 
 #include "command.h"
@@ -158,7 +159,7 @@ void draw_labels(std::string& svg, const Matrix& matrix, std::size_t i) {
 
 std::string draw_svg(const Matrix& matrix) {
   const int extent = static_cast<int>(matrix.shown.size()) * kCellSize;
-  const std::string width = std::to_string(kLeft + extent + 20);
+  const std::string width = std::to_string(std::max(kLeft + extent + 20, 760));
   const std::string height = std::to_string(kTop + extent + 50);
   std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" +
                     height +
