@@ -36,10 +36,10 @@ struct ConfigLine {
     kLoggingLevel,
   };
   Kind kind;
-  std::uint32_t value = 0;             // VSAN, slot, time-out, level, port number or address
-  if_index_t if_index = 0;             // of the lines below an interface
-  std::vector<std::uint32_t> numbers;  // port numbers, ascending
-  std::size_t line = 0;                // in the text it was read from; 0 where it does not matter
+  std::uint32_t value = 0;                  // VSAN, slot, time-out, level, port number or address
+  if_index_t if_index = 0;                  // of the lines below an interface
+  std::vector<std::uint32_t> numbers = {};  // port numbers, ascending
+  std::size_t line = 0;  // in the text it was read from; 0 where it does not matter
 
   /** As the generator writes it: two spellings of one setting read the same. */
   std::string text() const;
