@@ -31,7 +31,7 @@ struct Clocks {
 };
 
 struct SwitchOptions {
-  std::string store_path;  // told to whoever generates configuration text from it
+  std::string store_path = {};  // told to whoever generates configuration text from it
   std::size_t history_capacity = 8192;
   std::size_t max_file_contents = 1024 * 1024;  // bytes of one file
   std::size_t max_files = 64;                   // of a VSAN, IPL among them
