@@ -20,6 +20,8 @@ foreach(product ficon_mtrack fcd-emulator ficonctl)
 endforeach()
 if(NOT FICON_LIBRARY_ONLY)
   install(DIRECTORY docs/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES tools/ficonctl/completion/ficonctl.bash RENAME ficonctl
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 install(TARGETS ${exported} EXPORT FiconCmi)
