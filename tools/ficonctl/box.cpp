@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "box_count.h"
 #include "command.h"
 #include "wire/box_status.h"
 
@@ -53,6 +54,15 @@ void show_box_status(Context& context) {
 }
 
 }  // namespace
+
+std::optional<std::uint32_t> box_count(Session& session, const std::string& label) {
+  const BoxStatus status = read_box_status(session);
+  const auto* entries = reinterpret_cast<const wire::BoxCount*>(status.get() + 1);
+  for (std::size_t i = 0; i < status->group_count * wire::kBoxEntriesPerGroup; ++i) {
+    if (label_of(entries[i]) == label) return entries[i].value.get();
+  }
+  return std::nullopt;
+}
 
 void register_box(CLI::App& app, Context& context) {
   CLI::App& object = add_object(app, "box", "The director as a whole");

@@ -5,6 +5,9 @@ namespace ficon::ctl {
 
 void register_vsan(CLI::App& app, Context& context);
 void register_lock(CLI::App& app, Context& context);
+void register_host_data(CLI::App& app, Context& context);
+void register_history(CLI::App& app, Context& context);
+void register_limits(CLI::App& app, Context& context);
 void register_box(CLI::App& app, Context& context);
 void register_file(CLI::App& app, Context& context);
 void register_port_settings(CLI::App& app, Context& context);
@@ -16,6 +19,9 @@ void register_version(CLI::App& app, Context& context);
 void register_commands(CLI::App& app, Context& context) {
   register_vsan(app, context);
   register_lock(app, context);
+  register_host_data(app, context);
+  register_history(app, context);
+  register_limits(app, context);
   register_box(app, context);
   register_file(app, context);
   register_port_settings(app, context);

@@ -1,10 +1,9 @@
 /** `ficonctl lock`: who may change a VSAN now. */
 #include <chrono>
-#include <csignal>
 #include <cstring>
-#include <thread>
 
 #include "command.h"
+#include "interrupt.h"
 #include "parse.h"
 #include "requester.h"
 #include "wire/fcd_lock.h"
@@ -65,21 +64,10 @@ void show_status(Context& context, std::uint32_t vsan) {
                       lock_of(vsan) + " is " + (holder.requester != 0 ? held_by(holder) : "free"));
 }
 
-volatile std::sig_atomic_t interrupted = 0;
-
-void note_interrupt(int /*signal*/) {
-  interrupted = 1;
-}
-
 /** The lock lives as long as its connection: holding it means staying here. */
 void hold(std::uint32_t seconds) {
-  using namespace std::chrono_literals;
-  std::signal(SIGINT, note_interrupt);
-  std::signal(SIGTERM, note_interrupt);
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-  while (interrupted == 0 && std::chrono::steady_clock::now() < end) {
-    std::this_thread::sleep_for(50ms);
-  }
+  watch_for_interrupt();
+  pause_unless_interrupted(std::chrono::seconds(seconds));
 }
 
 /** A refusal has no reason of its own: who holds the lock, and whether there is one at all, has. */
