@@ -12,6 +12,7 @@
 #include "interface_index/interface_index.h"
 #include "parse.h"
 #include "port_table.h"
+#include "wire/saved_config.h"
 
 namespace ficon::ctl {
 namespace {
@@ -209,11 +210,8 @@ std::string ConfigLine::text() const {
 }
 
 std::uint32_t encode_mih_timeout(std::uint32_t seconds) {
-  std::uint32_t multiplier = 1;
-  for (std::uint32_t power = 0; power < 4; ++power, multiplier *= 10) {
-    if (seconds % multiplier == 0 && seconds / multiplier <= 63) {
-      return power << 6 | seconds / multiplier;
-    }
+  for (std::uint32_t encoded = 0xff; encoded > 0; --encoded) {
+    if (wire::decode_mih_timeout(encoded) == seconds && seconds != 0) return encoded;
   }
   throw UsageError("time-out \"" + std::to_string(seconds) +
                    "\" is not 1 to 63 times 1, 10, 100 or 1000 seconds");

@@ -51,7 +51,10 @@ struct ConfigLine {
  */
 std::vector<ConfigLine> parse_config(const std::string& text);
 
-/** The MIH time-out's encoding: 6 bits of value, two that choose 1, 10, 100 or 1000. */
+/**
+ * The MIH time-out's encoding: 6 bits of value, two that choose 1, 10, 100 or 1000. The greatest of
+ * several, since the configuration text leaves out the lowest ones.
+ */
 std::uint32_t encode_mih_timeout(std::uint32_t seconds);
 
 }  // namespace ficon::ctl

@@ -4,6 +4,7 @@
 
 #include "box_count.h"
 #include "command.h"
+#include "config_text.h"
 #include "parse.h"
 #include "wire/limits.h"
 #include "wire/saved_config.h"
@@ -16,6 +17,7 @@ using wire::MihOperation;
 constexpr std::uint32_t kAllPorts = 1;
 constexpr std::uint32_t kInstalledPorts = 2;
 constexpr std::uint32_t kMostPorts = 1280;
+constexpr std::uint32_t kLongestTimeout = 63'000;
 constexpr const char* kGetNextType = "getnext-type";
 constexpr const char* kMaxPorts = "max-ports";
 
@@ -65,18 +67,6 @@ void set_limits(Context& context, const std::vector<std::string>& assignments) {
   show_limits(context);
 }
 
-/** Seconds as a byte: six bits of value, two for what multiplies it. */
-std::uint32_t encode_seconds(const std::string& text) {
-  constexpr std::uint32_t kLongest = 63'000;
-  const std::uint32_t seconds = parse_number(text, 1, kLongest, "time-out");
-  // The greatest of several encodings: the configuration text leaves out the lowest ones.
-  for (std::uint32_t encoded = 0xff; encoded > 0; --encoded) {
-    if (wire::decode_mih_timeout(encoded) == seconds) return encoded;
-  }
-  throw UsageError("time-out \"" + text +
-                   "\" cannot be encoded: use 1 to 63 seconds, times 1, 10, 100 or 1000");
-}
-
 std::uint32_t read_timeout(Context& context, std::optional<std::uint32_t> vsan) {
   const std::string what = vsan ? "cannot read the MIH time-out of VSAN " + std::to_string(*vsan)
                                 : "cannot read the default MIH time-out";
@@ -110,7 +100,8 @@ std::optional<std::uint32_t> optional_vsan(const std::string& text) {
 /** Setting is not answered: only reading it back tells whether it was taken. */
 void set_timeout(Context& context, std::optional<std::uint32_t> vsan, const std::string& text) {
   const bool takes_default = vsan && text == "default";
-  const std::uint32_t encoded = takes_default ? 0 : encode_seconds(text);
+  const std::uint32_t encoded =
+      takes_default ? 0 : encode_mih_timeout(parse_number(text, 1, kLongestTimeout, "time-out"));
   const auto operation =
       static_cast<std::uint8_t>(vsan ? MihOperation::kSet : MihOperation::kSetDefault);
   context.session.require("cannot set " + owner(vsan), ficon_cmi_mihpto, operation,
