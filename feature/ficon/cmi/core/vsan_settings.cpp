@@ -1,8 +1,6 @@
 /** The settings of a VSAN: one request, one record, a field and an operation for each setting. */
 #include <platform/ficon_base.h>
 
-#include <utility>
-
 #include "core/fcd_lock.h"
 #include "exchange/console.h"
 #include "exchange/exchange.h"
@@ -104,7 +102,7 @@ Status change_vsan(const Caller& caller, std::uint32_t vsan, VsanChange&& change
     return exchange(
         caller,
         [&](mts_msg_ref_t* request) {
-          return send_change(caller, vsan, std::move(change), request);
+          return send_change(caller, vsan, static_cast<VsanChange&&>(change), request);
         },
         [](Status failure) {
           // names and line that exist nowhere else: what operators' scripts look for
