@@ -120,8 +120,7 @@ std::vector<std::string> completions(const CLI::App& app, const std::vector<std:
   }
   std::erase_if(candidates, [&](const std::string& each) { return !each.starts_with(begun); });
   std::ranges::sort(candidates);
-  const auto repeated = std::ranges::unique(candidates);
-  candidates.erase(repeated.begin(), repeated.end());
+  candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
   return candidates;
 }
 
