@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "handlers/file_request.h"
+#include "handlers/port_map.h"
 #include "handlers/port_set.h"
 #include "protocol/cmi_header.h"
 #include "wire/port_info.h"
@@ -80,6 +81,9 @@ Answer handle_port_info(const Request& request, Switch& model) {
   const wire::PortInfoRequest* asked = asked_in(message);
   if (asked == nullptr) return Malformed{"port information without its request record"};
   const auto selector = PortSelector{asked->selector.get()};
+  if (selector == PortSelector::kEveryPortNumber || selector == PortSelector::kPortNumbers) {
+    return port_map_tables(*asked, *message, model);
+  }
   if (selector != PortSelector::kPortAddresses && selector != PortSelector::kInterfaces) {
     return FcdStatus::kUnknownOperation;
   }

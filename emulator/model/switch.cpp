@@ -28,7 +28,9 @@ std::string history_object(std::uint32_t position) {
 }
 
 Switch::Switch(SwitchOptions options)
-    : history(options.history_capacity), options_(std::move(options)) {}
+    : history(options.history_capacity),
+      options_(std::move(options)),
+      port_plan_(options_.hardware->chassis) {}
 
 const Vsan* Switch::find_vsan(std::uint32_t number) const {
   if (!is_vsan(number)) return nullptr;
@@ -93,12 +95,17 @@ FcdStatus Switch::disable_ficon(std::uint32_t number, const Asker& asker) {
   return FcdStatus::kDone;
 }
 
-PortIdentity Switch::port_identity(std::uint32_t /*port_address*/) const {
-  return {};
+PortIdentity Switch::port_identity(std::uint32_t port_address) const {
+  if (port_address > kLastUsablePortAddress) return {};
+  const PortNumber number = port_plan_.number_of_address(port_address);
+  const if_index_t if_index = port_plan_.interface_of(number);
+  return {number, if_index, if_index != 0};
 }
 
 ConfigurationFile Switch::new_file() const {
-  return {};
+  ConfigurationFile file;
+  if (prohibit_settings_.prohibited_by_default) file.prohibit_all();
+  return file;
 }
 
 FcdStatus Switch::check_requester(const Vsan& vsan, Requester requester) const {
@@ -131,6 +138,13 @@ void Switch::changed(Vsan& vsan, const Asker& asker, Change change, std::string 
   ++vsan.key_counter;  // wraps to 0, as a counter of 32 bits does
   touched.object(vsan_object(vsan.number));
   record(vsan.number, asker, change, std::move(detail));
+}
+
+void Switch::count_change_everywhere() {
+  for (auto& [number, vsan] : vsans_) {
+    ++vsan.key_counter;
+    touched.object(vsan_object(number));
+  }
 }
 
 void Switch::record(VsanNumber vsan, const Asker& asker, Change change, std::string detail) {

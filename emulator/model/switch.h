@@ -14,8 +14,11 @@
 #include <string>
 #include <string_view>
 
+#include "model/hardware.h"
 #include "model/history.h"
 #include "model/port_identity.h"
+#include "model/port_plan.h"
+#include "model/prohibit_settings.h"
 #include "model/sessions.h"
 #include "model/touched.h"
 #include "model/vsan.h"
@@ -35,6 +38,7 @@ struct SwitchOptions {
   std::size_t history_capacity = 8192;
   std::size_t max_file_contents = 1024 * 1024;  // bytes of one file
   std::size_t max_files = 64;                   // of a VSAN, IPL among them
+  std::shared_ptr<Hardware> hardware = read_hardware({});
   Clocks clocks = Clocks::of_the_system();
 };
 
@@ -98,6 +102,12 @@ class Switch {
   /** Seconds that the lock has been held. */
   std::int64_t age_of(const Locks::Holder& holder) const;
 
+  // Ports; what can be done with them stands in port_operations.h.
+  platform::Chassis& chassis() { return options_.hardware->chassis; }
+  const platform::Chassis& chassis() const { return options_.hardware->chassis; }
+  PortPlan& port_plan() { return port_plan_; }
+  const PortPlan& port_plan() const { return port_plan_; }
+  const ProhibitSettings& prohibit_settings() const { return prohibit_settings_; }
   /** The port behind a port address; nothing of it where the chassis has none there. */
   PortIdentity port_identity(std::uint32_t port_address) const;
 
@@ -111,6 +121,8 @@ class Switch {
   VsanAccess change_vsan(std::uint32_t vsan, const Asker& asker);
   /** After a change: counts it, records it and has the VSAN stored. */
   void changed(Vsan& vsan, const Asker& asker, Change change, std::string detail);
+  /** After a change that concerns every VSAN: counts it in each, and has them stored. */
+  void count_change_everywhere();
   /** Into the history alone: a change of the switch (VSAN 0) or one that no counter counts. */
   void record(VsanNumber vsan, const Asker& asker, Change change, std::string detail);
 
@@ -122,6 +134,9 @@ class Switch {
   // Putting back what was stored: no rule is asked and nothing is touched.
   void restore_feature(bool enabled) { feature_enabled_ = enabled; }
   void restore_limits(const SwitchLimits& limits) { limits_ = limits; }
+  void restore_prohibit_settings(const ProhibitSettings& settings) {
+    prohibit_settings_ = settings;
+  }
   Vsan& restore_vsan(VsanNumber number) { return vsans_.try_emplace(number, number).first->second; }
 
  private:
@@ -132,6 +147,8 @@ class Switch {
   bool feature_enabled_ = false;
   std::optional<std::uint32_t> logging_level_;
   SwitchLimits limits_;
+  PortPlan port_plan_;
+  ProhibitSettings prohibit_settings_;
   std::map<VsanNumber, Vsan> vsans_;
 };
 
@@ -139,6 +156,8 @@ class Switch {
 inline constexpr std::string_view kFeatureObject = "feature";
 inline constexpr std::string_view kDebugObject = "debug";
 inline constexpr std::string_view kLimitsObject = "limits";
+inline constexpr std::string_view kPortsObject = "ports";
+inline constexpr std::string_view kProhibitSettingsObject = "prohibit-settings";
 std::string history_object(std::uint32_t position);
 
 }  // namespace ficon::emulator

@@ -18,12 +18,18 @@
 namespace ficon::emulator {
 namespace {
 
+/** As the directory's chassis.toml describes it, or the built-in one where there is none. */
+std::shared_ptr<Hardware> hardware_in(const std::filesystem::path& directory) {
+  const auto description = directory / "chassis.toml";
+  return read_hardware(std::filesystem::exists(description) ? description.string() : "");
+}
+
 /** One emulator and its thread. */
 class Embedded {
  public:
   explicit Embedded(const std::filesystem::path& directory)
       : log_(LogLevel::kError),
-        service_((directory / "ficon.db").string(), {}, log_),
+        service_((directory / "ficon.db").string(), {.hardware = hardware_in(directory)}, log_),
         loop_(service_, {}, log_) {
     start();
   }

@@ -11,7 +11,9 @@ using namespace ficon::emulator;
 namespace {
 
 void serve(const Options& options, Log& log) {
-  Service service(store_file(options.store), {.history_capacity = options.history}, log);
+  Service service(store_file(options.store),
+                  {.history_capacity = options.history, .hardware = read_hardware(options.chassis)},
+                  log);
   EventLoop loop(service, options.limits, log);
   loop.stop_on_signals();
   loop.listen_on(listen_at(options.socket), options.users);

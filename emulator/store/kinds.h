@@ -10,6 +10,8 @@ inline constexpr StoredKind kStoredKinds[] = {
     {"feature", save_feature, load_feature},
     {"debug", save_debug, load_debug},
     {"limits", save_limits, load_limits},
+    {"ports", save_ports, load_ports},
+    {"prohibit-settings", save_prohibit_settings, load_prohibit_settings},
     {"vsan/?", save_vsan, load_vsan},
     {"vsan/?/active", save_active_configuration, load_active_configuration},
     {"vsan/?/file/?", save_file, load_file},
@@ -20,6 +22,8 @@ inline constexpr StoredKind kStoredKinds[] = {
 inline constexpr SavedConfigKind kSavedConfigKinds[] = {
     {"feature", write_feature_record},
     {"limits", write_limits_record},
+    {"ports", write_port_records},
+    {"prohibit-settings", write_default_prohibit_record},
     {"vsan/?", write_vsan_record},
 };
 

@@ -32,6 +32,8 @@ std::pair<std::string, std::string> debug_record(std::uint32_t logging_level);
 
 void write_feature_record(const Switch&, const PathParts&, SavedRecords&);
 void write_limits_record(const Switch&, const PathParts&, SavedRecords&);
+void write_port_records(const Switch&, const PathParts&, SavedRecords&);
+void write_default_prohibit_record(const Switch&, const PathParts&, SavedRecords&);
 void write_vsan_record(const Switch&, const PathParts&, SavedRecords&);
 
 }  // namespace ficon::emulator

@@ -31,6 +31,12 @@ void load_limits(Switch&, const PathParts&, const nlohmann::json&);
 std::optional<nlohmann::json> save_history(const Switch&, const PathParts&);
 void load_history(Switch&, const PathParts&, const nlohmann::json&);
 
+/** The ports of the switch. */
+std::optional<nlohmann::json> save_ports(const Switch&, const PathParts&);
+void load_ports(Switch&, const PathParts&, const nlohmann::json&);
+std::optional<nlohmann::json> save_prohibit_settings(const Switch&, const PathParts&);
+void load_prohibit_settings(Switch&, const PathParts&, const nlohmann::json&);
+
 /** The configuration files of a VSAN. */
 std::optional<nlohmann::json> save_active_configuration(const Switch&, const PathParts&);
 void load_active_configuration(Switch&, const PathParts&, const nlohmann::json&);

@@ -10,7 +10,8 @@ enum class ChassisOpcode : std::uint32_t { kDescription = 1 };
 
 /**
  * Requests of kPortConfig and kTransceivers are InterfaceRange records, of kTrunkVsans and
- * kAutoCreated an InterfaceNumber, of kModulePorts a ModuleMask. Replies begin with PortReplyHead;
+ * kAutoCreated an InterfaceNumber, of kModulePorts a ModuleMask, of kSetCondition a
+ * PortConditionChange, whose reply has no record. Replies begin with PortReplyHead;
  * `count` records follow it, in the order asked: PortConfig, TransceiverState, one VsanBitmap, one
  * AutoCreated, and InterfaceNumber for the ports of the modules asked for. An interface that the
  * chassis does not have is passed over.
@@ -21,6 +22,7 @@ enum class PortManagerOpcode : std::uint32_t {
   kTrunkVsans = 3,
   kModulePorts = 4,
   kAutoCreated = 5,
+  kSetCondition = 6,  // what a cable, a laser or an operator does to a port
 };
 
 struct InterfaceRange {
@@ -38,6 +40,12 @@ struct ModuleMask {
   wire::be32 mask;  // bit 0: the slot that stands first
 };
 static_assert(wire::is_packed<ModuleMask, 4>);
+
+struct PortConditionChange {
+  wire::be32 if_index;
+  wire::be32 condition;  // 0 up, 1 offline, 2 shut down by an operator, 3 failed
+};
+static_assert(wire::is_packed<PortConditionChange, 8>);
 
 struct PortReplyHead {
   wire::be32 status;

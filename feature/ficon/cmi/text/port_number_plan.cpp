@@ -21,7 +21,7 @@ PortNumberPlan make_plan(const ficon_port_pn_entry_t* first, std::uint32_t size)
 }  // namespace
 
 PortNumberPlan logical_plan(const ficon_port_pn_entry_t* table) {
-  PortNumberPlan plan = make_plan(table + wire::kFirstLogicalPosition, wire::kLogicalPorts);
+  PortNumberPlan plan = make_plan(table + wire::kFirstLogicalPort, wire::kLogicalPorts);
   ficon_get_default_pn(kLogicalSlot, 1, plan.defaults);
   return plan;
 }

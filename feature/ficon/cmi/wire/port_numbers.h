@@ -5,7 +5,9 @@
 
 namespace ficon::wire {
 
-/** The operation of a binding query that only asks. */
+/** Operations on a binding; the last one only asks. */
+inline constexpr std::uint8_t kBindNumber = 1;
+inline constexpr std::uint8_t kUnbindNumber = 2;
 inline constexpr std::uint8_t kBindingQuery = 3;
 
 /** Opcode 7892. */
@@ -34,15 +36,23 @@ static_assert(offsetof(PortNumberAssignment, status) == 8);
 static_assert(offsetof(PortNumberAssignment, operation) == 12);
 
 inline constexpr std::uint8_t kAssignPortNumber = 1;
+inline constexpr std::uint8_t kReleasePortNumber = 2;
+inline constexpr std::uint8_t kComparePortNumber = 3;  // done when the interface has this number
 inline constexpr std::uint8_t kLastAssignOperation = 3;
 
 /** Operations of a reservation: 1 to 3 for a module, 4 to 6 for the logical ports. */
+inline constexpr std::uint8_t kReserveForModule = 1;
+inline constexpr std::uint8_t kReleaseOfModule = 2;
+inline constexpr std::uint8_t kReservedForModule = 3;
+inline constexpr std::uint8_t kReserveLogical = 4;
+inline constexpr std::uint8_t kReleaseLogical = 5;
+inline constexpr std::uint8_t kReservedLogical = 6;
 inline constexpr std::uint8_t kLastReserveOperation = 6;
 inline constexpr bool reserve_is_query(std::uint8_t operation) {
-  return operation == 3 || operation == 6;
+  return operation == kReservedForModule || operation == kReservedLogical;
 }
 inline constexpr bool reserve_names_module(std::uint8_t operation) {
-  return operation <= 3;
+  return operation <= kReservedForModule;
 }
 
 inline constexpr std::uint32_t kReservedRanges = 64;

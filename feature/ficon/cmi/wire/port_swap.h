@@ -22,6 +22,13 @@ struct PortSwapOperation {
 };
 static_assert(is_packed<PortSwapOperation, 8>);
 
+/** An operation as fcd writes it; the library hands it on unread. */
+struct SwapInterfaces {
+  be32 first;  // interface indexes that exchanged their port addresses
+  be32 second;
+};
+static_assert(is_packed<SwapInterfaces, sizeof(PortSwapOperation)>);
+
 /** Head of the reply; `count` operations follow. */
 struct PortSwapReply {
   PlatformHeader platform;

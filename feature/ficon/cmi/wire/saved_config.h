@@ -5,6 +5,7 @@
 #pragma once
 
 #include "wire/byte_order.h"
+#include "wire/port_plan.h"
 
 namespace ficon::wire {
 
@@ -28,10 +29,8 @@ static_assert(is_packed<SavedConfigKey, 8>);
 static_assert(offsetof(SavedConfigKey, vsan) == 2);
 
 inline constexpr std::uint32_t kPortTableBlocks = 20;
-inline constexpr std::uint32_t kPortsPerBlock = 64;
-inline constexpr std::uint32_t kPortPositions = kPortTableBlocks * kPortsPerBlock;
-inline constexpr std::uint32_t kFirstLogicalPosition = 1024;
-inline constexpr std::uint32_t kLogicalPorts = kPortPositions - kFirstLogicalPosition;
+inline constexpr std::uint32_t kPortsPerBlock = kPortsPerModule;
+static_assert(kPortTableBlocks * kPortsPerBlock == kPortPositions);
 
 /** In a port-number or port-address field. */
 inline constexpr std::uint16_t kNone = 512;
