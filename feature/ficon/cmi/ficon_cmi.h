@@ -1009,46 +1009,173 @@ uint32_t ficon_cmi_get_port_default_prohibit(uint32_t requester, mts_handle_t ha
 /* ---- EBCDIC code-page conversion ---- */
 
 extern const char* program_name; /* "ascii_ebcdic_convert" */
+
+/**
+ * Check the rules for file names: EBCDIC capital letters, digits, hyphen, underscore, and blanks
+ * after the first byte. The name of the function is as it is.
+ *
+ * @param length  bytes of `name`; the first is looked at even when it is 0 or less
+ * @return 0; 0x4085001f for more than 8 bytes; 0x4085001d for a leading blank; 0x4085001e for any
+ * other byte that is not allowed
+ */
 uint32_t validate_ebcidic_filename(const uint8_t* name, int32_t length);
+
+/**
+ * Check the rules for descriptions: every byte from 0x40 to 0xfe.
+ *
+ * @return 0, also for a length below 1; 0x4085002c for any other byte
+ */
 uint32_t validate_ebcidic_filedesc(const uint8_t* desc, int32_t length);
+
+/**
+ * Convert the 8 bytes of a file name. Blanks stay, and no terminator is added.
+ *
+ * @param ascii_out  [out] 8 bytes; zeros when the conversion failed
+ * @return 0; 0x40850020 when it cannot be converted, after a printed line where no converter is
+ * there
+ */
 uint32_t convert_ebcdic_filename_to_ascii(uint32_t codepage, const uint8_t* ebcdic_name,
                                           char* ascii_out);
+
+/**
+ * Convert a file name and pad it to 8 bytes with EBCDIC blanks.
+ *
+ * @param ascii_name  terminated, up to 8 characters; upper-cased in place
+ * @param ebcdic_out  [out] 8 bytes; on a failed conversion as many zeros as the name has characters
+ * @return 0; 0x4085001f for a longer name; 0x40850020 when it cannot be converted
+ */
 uint32_t convert_ascii_filename_to_ebcdic(uint32_t codepage, char* ascii_name, uint8_t* ebcdic_out);
+
+/**
+ * Convert the 24 bytes of a port name. Each byte that cannot be printed becomes a double quote; a
+ * name with such bytes ends in "~", the first hexadecimal digit of its port address, and NUL.
+ *
+ * @param ascii_out  [out] 24 bytes, terminated only by that mark
+ * @param port_address  0 to 255; looked at only where a mark is needed
+ * @return 0; 0x40850018 for a larger one, with the quotes in place and no mark; 0x40850020 when it
+ * cannot be converted
+ */
 uint32_t convert_ebcdic_portname_to_ascii(uint32_t codepage, const uint8_t* ebcdic_name,
                                           char* ascii_out, uint32_t port_address);
+
+/**
+ * Convert the first 24 characters of a port name, upper and lower case, and pad it to 24 bytes with
+ * EBCDIC blanks.
+ *
+ * @return 0, or 0x40850020 when it cannot be converted
+ */
 uint32_t convert_ascii_portname_to_ebcdic(uint32_t codepage, const char* ascii_name,
                                           uint8_t* ebcdic_out);
+
+/**
+ * Convert up to 100 bytes between any two code sets. ASCII is code set 1, an EBCDIC page its
+ * number.
+ *
+ * @param output  [out] as many bytes as the converter gives, at most 100; they are not counted
+ * @return 0; 0x40850003 for more than 100 bytes; 0x40850020 when they cannot be converted
+ */
 uint32_t convert_codepage_and_copy(uint32_t from_code_set, uint32_t to_code_set,
                                    const uint8_t* input, uint8_t* output, uint32_t length);
 
 /* ---- Configuration file operations ---- */
 
+/**
+ * Send an operation on a file: 1 opens it for a change, 4 closes it and keeps the change, 5 closes
+ * it and drops the change, 2 deletes it; others pass through.
+ *
+ * For operation 2 the name is upper-cased and loses its trailing white space in the caller's own
+ * buffer, and IPL is refused.
+ *
+ * @param file_name  may be null. ASCII of up to 8 characters, upper-cased in place, where `convert`
+ * is 1; otherwise 8 EBCDIC bytes
+ * @param file_key  sent in host order; may be null
+ * @return 0; 0x40850017 for deleting IPL; what is wrong with the name; the TLV array's error or the
+ * transport's send result
+ */
 uint32_t ficon_cmi_file_ops_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                      const char* word_b, uint32_t wait, uint32_t vsan, uint32_t op,
                                      char* file_name, const uint32_t* file_key, uint32_t convert,
                                      uint32_t codepage, mts_msg_ref_t* msg);
+
+/**
+ * Read the reply to an operation on a file. Of several records the last one read counts; a reply
+ * without any is success and leaves the outputs untouched.
+ *
+ * @param file_key  [out] in host order; this and the others may be null, and are also set beside a
+ * nonzero status
+ * @return 0; fcd's status; 0x40850003 for a reply without TLVs
+ */
 uint32_t ficon_cmi_parse_file_ops(mts_msg_ref_t* reply, uint32_t* file_key, uint8_t* reply_flag,
                                   uint32_t* status);
+
+/**
+ * An operation on a file. Blocks; takes the lock where FICON is enabled. The name is always ASCII.
+ *
+ * @param file_key  in and out, in host order; may be null, as may the two behind it
+ * @return 0; fcd's status; 0x40850012 without the lock; 0x40850004 without a code page; as of the
+ * sender and of `ficon_cmi_mts_recv`
+ */
 uint32_t ficon_cmi_file_ops(uint32_t requester, mts_handle_t handle, const char* word_a,
                             const char* word_b, uint32_t wait, uint32_t vsan, uint32_t op,
                             char* file_name, uint32_t* file_key, uint8_t* reply_flag,
                             uint32_t* status);
+
+/**
+ * Send the copy of a file. Asks for the code page first, and blocks for that.
+ *
+ * @param source_name  as `destination_name` ASCII, upper-cased in place, from requesters 1 and 2; 8
+ * EBCDIC bytes from any other
+ * @return 0; 0x40850003 for a null name; 0x40850004 without a code page; what is wrong with a name;
+ * the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_file_copy_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, uint32_t vsan,
                                       char* source_name, char* destination_name,
                                       mts_msg_ref_t* msg);
+
+/**
+ * Copy a file. Blocks; takes the lock where FICON is enabled.
+ *
+ * @return 0; fcd's status; 3 for a reply without the record; 0x40850012 without the lock; as of the
+ * sender and of `ficon_cmi_mts_recv`
+ */
 uint32_t ficon_cmi_file_copy(uint32_t requester, mts_handle_t handle, const char* word_a,
                              const char* word_b, uint32_t wait, uint32_t vsan, char* source_name,
                              char* destination_name);
+
+/**
+ * Send the header of a file. Asks for the code page first, and blocks for that.
+ *
+ * @param file_name  may be null; as of `ficon_cmi_file_copy_nonblock`
+ * @param header  from requesters 1 and 2 with the description in ASCII, which is turned to EBCDIC
+ * in the caller's header
+ * @return 0; 0x40850003 without a header; 0x40850004 without a code page; what is wrong with name
+ * or description; the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_file_set_file_hdr_nonblock(uint32_t requester, mts_handle_t handle,
                                               const char* word_a, const char* word_b, uint32_t wait,
                                               uint32_t vsan, char* file_name,
                                               const uint32_t* file_key,
                                               ficon_cmi_file_hdr_t* header, mts_msg_ref_t* msg);
+
+/**
+ * Write the header of a file. Blocks; takes the lock where FICON is enabled.
+ *
+ * @return as of `ficon_cmi_file_copy`
+ */
 uint32_t ficon_cmi_file_set_file_hdr(uint32_t requester, mts_handle_t handle, const char* word_a,
                                      const char* word_b, uint32_t wait, uint32_t vsan,
                                      char* file_name, const uint32_t* file_key,
                                      ficon_cmi_file_hdr_t* header);
+
+/**
+ * Describe a file. The whole header is written: zeros outside the description. Blocks; takes the
+ * lock where FICON is enabled.
+ *
+ * @param description  1 to 24 bytes, padded with blanks
+ * @return 0x40850003 for another length, or without description or name; as of
+ * `ficon_cmi_file_set_file_hdr`
+ */
 uint32_t ficon_cmi_file_set_file_desc(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, uint32_t vsan,
                                       char* file_name, const char* description,
@@ -1056,11 +1183,26 @@ uint32_t ficon_cmi_file_set_file_desc(uint32_t requester, mts_handle_t handle, c
 
 /* ---- Per-port settings in a configuration file ---- */
 
+/**
+ * Send whether ports of a file are blocked.
+ *
+ * @param file_name  may be null; ASCII, upper-cased in place, where `convert` is 1, otherwise 8
+ * EBCDIC bytes
+ * @param file_key  of an open edit, in host order; may be null
+ * @param entries  `count` of them, port addresses in host order; 1132 find room
+ * @return 0; what is wrong with the name; the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_file_set_port_blocked_portaddr_nonblock(
     uint32_t requester, mts_handle_t handle, const char* word_a, const char* word_b, uint32_t wait,
     uint32_t vsan, char* file_name, const uint32_t* file_key,
     const ficon_cmi_port_blocked_entry_t* entries, uint32_t count, uint32_t convert,
     uint32_t codepage, mts_msg_ref_t* msg);
+
+/**
+ * Send the names of ports. Where `convert` is 1 the names are ASCII, too, and stay as they are in
+ * the entries. 305 entries find room; all else as of
+ * `ficon_cmi_file_set_port_blocked_portaddr_nonblock`.
+ */
 uint32_t ficon_cmi_file_set_port_name_portaddr_nonblock(uint32_t requester, mts_handle_t handle,
                                                         const char* word_a, const char* word_b,
                                                         uint32_t wait, uint32_t vsan,
@@ -1068,6 +1210,13 @@ uint32_t ficon_cmi_file_set_port_name_portaddr_nonblock(uint32_t requester, mts_
                                                         const ficon_cmi_port_name_entry_t* entries,
                                                         uint32_t count, uint32_t convert,
                                                         uint32_t codepage, mts_msg_ref_t* msg);
+
+/**
+ * Send which port addresses ports may not talk to. 254 entries find room: every usable port
+ * address.
+ *
+ * @return 1 without memory; all else as of `ficon_cmi_file_set_port_blocked_portaddr_nonblock`
+ */
 uint32_t ficon_cmi_file_set_prohibit_bitset_nonblock(uint32_t requester, mts_handle_t handle,
                                                      const char* word_a, const char* word_b,
                                                      uint32_t wait, uint32_t vsan, char* file_name,
@@ -1075,23 +1224,53 @@ uint32_t ficon_cmi_file_set_prohibit_bitset_nonblock(uint32_t requester, mts_han
                                                      const ficon_cmi_prohibit_entry_t* entries,
                                                      uint32_t count, uint32_t convert,
                                                      uint32_t codepage, mts_msg_ref_t* msg);
+
+/**
+ * Block ports of a file, or free them. Blocks; takes the lock where FICON is enabled. File names
+ * are ASCII.
+ *
+ * A requester 1 that gives a name and no key gets an edit of its own: opened before, kept after
+ * success, dropped after a failure. When no reply comes, this function leaves its edit open.
+ *
+ * @param status  [out] what fcd said on opening and closing that edit; may be null
+ * @return 0; fcd's status; 0x40850012 without the lock; 0x40850004 without a code page; 3 for a
+ * reply without the record; as of the sender, of `ficon_cmi_file_ops` and of `ficon_cmi_mts_recv`
+ */
 uint32_t ficon_cmi_file_set_port_blocked_portaddr(uint32_t requester, mts_handle_t handle,
                                                   const char* word_a, const char* word_b,
                                                   uint32_t wait, uint32_t vsan, char* file_name,
                                                   uint32_t* file_key,
                                                   const ficon_cmi_port_blocked_entry_t* entries,
                                                   uint32_t count, uint32_t* status);
+
+/**
+ * Name ports of a file. As `ficon_cmi_file_set_port_blocked_portaddr`, but its edit is also dropped
+ * when no reply comes, and a failed send is not printed.
+ */
 uint32_t ficon_cmi_file_set_port_name_portaddr(uint32_t requester, mts_handle_t handle,
                                                const char* word_a, const char* word_b,
                                                uint32_t wait, uint32_t vsan, char* file_name,
                                                uint32_t* file_key,
                                                const ficon_cmi_port_name_entry_t* entries,
                                                uint32_t count, uint32_t* status);
+
+/**
+ * Set which port addresses ports of a file may not talk to. As
+ * `ficon_cmi_file_set_port_blocked_portaddr`, but its edit is also dropped when no reply comes.
+ */
 uint32_t ficon_cmi_file_set_prohibit_bitset(uint32_t requester, mts_handle_t handle,
                                             const char* word_a, const char* word_b, uint32_t wait,
                                             uint32_t vsan, char* file_name, uint32_t* file_key,
                                             const ficon_cmi_prohibit_entry_t* entries,
                                             uint32_t count, uint32_t* status);
+
+/**
+ * Send whether `count` consecutive port addresses from `first` are blocked. A sender, in spite of
+ * its name.
+ *
+ * @param blocked  a byte for each
+ * @return 0xffffffff without memory; as of `ficon_cmi_file_set_port_blocked_portaddr_nonblock`
+ */
 uint32_t ficon_cmi_set_port_blocked_portaddr_range(uint32_t requester, mts_handle_t handle,
                                                    const char* word_a, const char* word_b,
                                                    uint32_t wait, uint32_t vsan, char* file_name,
@@ -1099,12 +1278,30 @@ uint32_t ficon_cmi_set_port_blocked_portaddr_range(uint32_t requester, mts_handl
                                                    const uint8_t* blocked, uint32_t count,
                                                    uint32_t convert, uint32_t codepage,
                                                    mts_msg_ref_t* msg);
+
+/**
+ * Send the names of `count` consecutive port addresses. A sender, but it asks for the code page and
+ * blocks for that.
+ *
+ * @param names  25 bytes for each
+ * @return 0xffffffff without memory; 0x40850004 without a code page; as of
+ * `ficon_cmi_file_set_port_name_portaddr_nonblock`
+ */
 uint32_t ficon_cmi_set_port_name_portaddr_range(uint32_t requester, mts_handle_t handle,
                                                 const char* word_a, const char* word_b,
                                                 uint32_t wait, uint32_t vsan, char* file_name,
                                                 const uint32_t* file_key, uint16_t first,
                                                 const char* names, uint32_t count, uint32_t convert,
                                                 mts_msg_ref_t* msg);
+
+/**
+ * Send which port addresses `count` consecutive ones may not talk to. A sender, in spite of its
+ * name.
+ *
+ * @param common_value  goes with each entry, in host order
+ * @param bitsets  32 bytes for each
+ * @return 0xffffffff without memory; as of `ficon_cmi_file_set_prohibit_bitset_nonblock`
+ */
 uint32_t ficon_cmi_set_prohibit_bitset_range(uint32_t requester, mts_handle_t handle,
                                              const char* word_a, const char* word_b, uint32_t wait,
                                              uint32_t vsan, char* file_name,
@@ -1112,26 +1309,68 @@ uint32_t ficon_cmi_set_prohibit_bitset_range(uint32_t requester, mts_handle_t ha
                                              uint32_t common_value, const uint8_t* bitsets,
                                              uint32_t count, uint32_t convert, uint32_t codepage,
                                              mts_msg_ref_t* msg);
+
+/**
+ * Read the reply to a change of a file, its header or its ports.
+ *
+ * @return 0; fcd's status; 0x40850003 for a reply without TLVs, 3 for one without the record
+ */
 uint32_t ficon_cmi_file_parse_set_port_cfg(mts_msg_ref_t* reply);
 
 /* ---- Per-port information of a configuration file ---- */
 
+/**
+ * Ask what a file holds for the interfaces from `start` to `end`.
+ *
+ * @param msgtype  1 get, 2 get next
+ * @param query_flags  passed on in host order
+ * @param file_name  may be null or empty; ASCII, upper-cased in place, where `convert` is 1,
+ * otherwise 8 EBCDIC bytes
+ * @param file_key  in host order; may be null
+ * @return 0; what is wrong with the name; the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_file_get_port_info_intf_nonblock(
     uint32_t requester, mts_handle_t handle, const char* word_a, const char* word_b, uint32_t wait,
     uint32_t msgtype, uint32_t query_flags, uint32_t vsan, char* file_name,
     const uint32_t* file_key, if_index_t start, if_index_t end, uint32_t convert, uint32_t codepage,
     mts_msg_ref_t* msg);
+
+/**
+ * Read what a file holds for a range of interfaces. Blocks; takes no lock.
+ *
+ * A get next (`msgtype` 2) while the get-next type is 2 looks for the next installed port: the
+ * first behind `start` (0: of all) that belongs to the VSAN and is usable, whatever `end`.
+ *
+ * @param vsan  in and out
+ * @param file_name  in and out, ASCII, 9 bytes; may be null
+ * @param list  [out] the ports, for `mtrack_free`; null for none and after a refused reply
+ * @param count  [out] ports in the list; in the search for an installed port 0 or 1
+ * @return 0; fcd's status; 0x40850004 without a VSAN or a code page; 0x4085000a behind the last
+ * interface; 0x40850003 for a reply that is none; 1 without memory for the list, 0x40850010 for the
+ * one port; what the port manager, a conversion or the transport could not do
+ */
 uint32_t ficon_cmi_file_get_port_info_intf(uint32_t requester, mts_handle_t handle,
                                            const char* word_a, const char* word_b, uint32_t wait,
                                            uint32_t msgtype, uint32_t query_flags, uint32_t* vsan,
                                            char* file_name, const uint32_t* file_key,
                                            if_index_t start, if_index_t end,
                                            ficon_cmi_port_info_t** list, uint32_t* count);
+
+/**
+ * Ask what a file holds for the port addresses from `start` to `end`. As
+ * `ficon_cmi_file_get_port_info_intf_nonblock`.
+ */
 uint32_t ficon_cmi_file_get_port_info_portaddr_nonblock(
     uint32_t requester, mts_handle_t handle, const char* word_a, const char* word_b, uint32_t wait,
     uint32_t msgtype, uint32_t query_flags, uint32_t vsan, char* file_name,
     const uint32_t* file_key, uint32_t start, uint32_t end, uint32_t convert, uint32_t codepage,
     mts_msg_ref_t* msg);
+
+/**
+ * Read what a file holds for a range of port addresses. As `ficon_cmi_file_get_port_info_intf`, but
+ * in the search for an installed port `start` 512 means all, 0x4085000a that none is behind 255,
+ * and VSAN 0 becomes the first FICON VSAN.
+ */
 uint32_t ficon_cmi_file_get_port_info_portaddr(uint32_t requester, mts_handle_t handle,
                                                const char* word_a, const char* word_b,
                                                uint32_t wait, uint32_t msgtype,
@@ -1139,40 +1378,126 @@ uint32_t ficon_cmi_file_get_port_info_portaddr(uint32_t requester, mts_handle_t 
                                                char* file_name, const uint32_t* file_key,
                                                uint32_t start, uint32_t end,
                                                ficon_cmi_port_info_t** list, uint32_t* count);
+
+/**
+ * Read a reply with per-port information. The requester is not used.
+ *
+ * @param list  [out] the ports, for `mtrack_free`; set on success with at least one port only
+ * @param vsan  [out] may be null
+ * @param name  [out] 9 bytes: the file's name, ASCII where `convert` is 1; may be null
+ * @param convert  1 turns the file's and the ports' names into ASCII
+ * @param count  [out] ports in the reply
+ * @return 0; fcd's status; 0x40850003 for a reply without TLVs or record, with ports of another
+ * size, or without a place for the count; 1 without memory; a failed conversion of a port's name
+ */
 uint32_t ficon_cmi_file_parse_port_info(uint32_t requester, mts_msg_ref_t* reply,
                                         ficon_cmi_port_info_t** list, uint32_t* vsan, char* name,
                                         uint32_t convert, uint32_t codepage, uint32_t* count);
 
 /* ---- File information and saved files ---- */
 
+/**
+ * Ask for the files of a VSAN.
+ *
+ * @param op  passed on in host order
+ * @param msgtype  1 get, 2 get next
+ * @param ebcdic_name  up to 8 bytes, ended by a zero if shorter; null or empty for all files
+ * @return 0, the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_file_info_nonblock(uint32_t requester, mts_handle_t handle, const char* word_a,
                                       const char* word_b, uint32_t wait, uint32_t op,
                                       uint32_t msgtype, uint32_t vsan, const uint8_t* ebcdic_name,
                                       mts_msg_ref_t* msg);
+
+/**
+ * Read a reply with files. The requester is not used.
+ *
+ * @param list  [out] the files, for `mtrack_free`; null for none and on failure; may be null itself
+ * @param convert  1 turns names and descriptions into ASCII; one that cannot be converted is no
+ * failure
+ * @param count  [out] files in the reply; may be null
+ * @return 0; fcd's status; 0x40850003 for a reply without TLVs or record, or with files of another
+ * size; 1 without memory
+ */
 uint32_t ficon_cmi_parse_file_info(uint32_t requester, mts_msg_ref_t* reply,
                                    ficon_cmi_file_info_t** list, uint32_t convert,
                                    uint32_t codepage, uint32_t* count);
+
+/**
+ * Read the files of a VSAN, or one of them. Blocks; takes no lock.
+ *
+ * @param file_name  ASCII, upper-cased in place; null or empty for all files
+ * @return as of the parser; 0x40850004 without a code page; what is wrong with the name; as of the
+ * sender, after a printed line, and of `ficon_cmi_mts_recv`
+ */
 uint32_t ficon_cmi_file_info(uint32_t requester, mts_handle_t handle, const char* word_a,
                              const char* word_b, uint32_t wait, uint32_t op, uint32_t msgtype,
                              uint32_t vsan, char* file_name, ficon_cmi_file_info_t** list,
                              uint32_t* count);
+
+/**
+ * Ask for the contents of a saved file. The requester is not sent.
+ *
+ * @param file_name  not null; ASCII, upper-cased in place, where `convert` is 1, otherwise 8 EBCDIC
+ * bytes
+ * @param file_key  in host order; may be null
+ * @return 0; what is wrong with the name; the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_get_saved_file_nonblock(uint32_t requester, mts_handle_t handle,
                                            const char* word_a, const char* word_b, uint32_t wait,
                                            uint32_t vsan, char* file_name, const uint32_t* file_key,
                                            uint32_t convert, uint32_t codepage, mts_msg_ref_t* msg);
+
+/**
+ * Copy a slice out of a reply with contents.
+ *
+ * @param offset  bytes into the contents; exactly their length copies nothing
+ * @param buffer  [out] `buffer_length` bytes; what is not copied stays
+ * @param copied  [out] 0 on failure; may be null
+ * @return 0; fcd's status; 0x40850003 for an offset beyond the contents, a negative number, or a
+ * reply that is not contents and then the record
+ */
 uint32_t ficon_cmi_parse_get_saved_file(mts_msg_ref_t* reply, int32_t offset, uint8_t* buffer,
                                         int32_t buffer_length, uint32_t* copied);
+
+/**
+ * Read a slice of a saved file. Blocks; takes no lock.
+ *
+ * @return as of the parser; 0x40850004 without a code page; as of the sender, after a printed line,
+ * and of `ficon_cmi_mts_recv`
+ */
 uint32_t ficon_cmi_get_saved_file(uint32_t requester, mts_handle_t handle, const char* word_a,
                                   const char* word_b, uint32_t wait, uint32_t vsan, char* file_name,
                                   const uint32_t* file_key, int32_t offset, uint8_t* buffer,
                                   int32_t buffer_length, uint32_t* copied);
+
+/**
+ * Send contents for a saved file. A refused offset or name leaves the message's memory allocated.
+ *
+ * @param file_name  as of `ficon_cmi_get_saved_file_nonblock`
+ * @param data_offset  bytes into the contents, not negative
+ * @param data_length  of `data`; the request carries its low 16 bits' worth: callers send at most
+ * 65535 bytes at a time
+ * @return 0; 0x40850010 without memory; 0x40850003 for a negative offset; what is wrong with the
+ * name; the TLV array's error or the transport's send result
+ */
 uint32_t ficon_cmi_set_saved_file_nonblock(uint32_t requester, mts_handle_t handle,
                                            const char* word_a, const char* word_b, uint32_t wait,
                                            uint32_t vsan, char* file_name, const uint32_t* file_key,
                                            int32_t data_offset, const uint8_t* data,
                                            uint32_t data_length, uint32_t convert,
                                            uint32_t codepage, mts_msg_ref_t* msg);
+
+/** @return as of `ficon_cmi_file_parse_set_port_cfg` */
 uint32_t ficon_cmi_parse_set_saved_file(mts_msg_ref_t* reply);
+
+/**
+ * Write contents of a saved file. Blocks; takes the lock where FICON is enabled.
+ *
+ * @return 0; fcd's status; 0x40850012 without the lock; 0x40850004 without a code page, with the
+ * lock still taken; 3 for a reply without the record; as of the sender, after a printed line, and
+ * of `ficon_cmi_mts_recv`
+ */
 uint32_t ficon_cmi_set_saved_file(uint32_t requester, mts_handle_t handle, const char* word_a,
                                   const char* word_b, uint32_t wait, uint32_t vsan, char* file_name,
                                   const uint32_t* file_key, int32_t data_offset,

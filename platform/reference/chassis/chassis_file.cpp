@@ -37,6 +37,8 @@ struct Word {
   std::string_view name;
   Value value;
 };
+template <class Value>
+Word(const char*, Value) -> Word<Value>;  // clang 14 deduces no aggregate by itself
 constexpr std::array kModes = {Word{"auto", PortMode::kAuto}, Word{"E", PortMode::kE},
                                Word{"F", PortMode::kF},       Word{"TE", PortMode::kTE},
                                Word{"SD", PortMode::kSD},     Word{"Fx", PortMode::kFx}};

@@ -1,9 +1,9 @@
 #include "chassis/chassis_file.h"
 
 namespace ficon::platform {
+namespace {
 
-std::string_view default_chassis_text() {
-  return R"toml(name = "director"
+constexpr std::string_view kDirector = R"toml(name = "director"
 software_version = "4.1(3a)"
 slots = 9
 
@@ -91,6 +91,11 @@ condition = "up"
 vsan = 10
 trunk_vsans = [10]
 )toml";
+
+}  // namespace
+
+std::string_view default_chassis_text() {
+  return kDirector;
 }
 
 }  // namespace ficon::platform
