@@ -12,6 +12,7 @@ void register_box(CLI::App& app, Context& context);
 void register_file(CLI::App& app, Context& context);
 void register_port_settings(CLI::App& app, Context& context);
 void register_matrix(CLI::App& app, Context& context);
+void register_config(CLI::App& app, Context& context);
 void register_fru(CLI::App& app, Context& context);
 void register_diagnostics(CLI::App& app, Context& context);
 void register_version(CLI::App& app, Context& context);
@@ -26,6 +27,7 @@ void register_commands(CLI::App& app, Context& context) {
   register_file(app, context);
   register_port_settings(app, context);
   register_matrix(app, context);
+  register_config(app, context);
   register_fru(app, context);
   register_diagnostics(app, context);
   register_version(app, context);
