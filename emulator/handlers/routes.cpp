@@ -8,6 +8,7 @@
 #include "handlers/host_data.h"
 #include "handlers/limits.h"
 #include "handlers/lock.h"
+#include "handlers/pib.h"
 #include "handlers/platform_services.h"
 #include "handlers/port_info.h"
 #include "handlers/port_manager.h"
@@ -42,8 +43,8 @@ constexpr Route service(platform::ServiceSap sap, ServiceOpcode opcode, const ch
           reply};
 }
 
-using platform::ConfigurationOpcode;
 using platform::ChassisOpcode;
+using platform::ConfigurationOpcode;
 using platform::FeatureManagerOpcode;
 using platform::FiconBaseOpcode;
 using platform::PortManagerOpcode;
@@ -65,6 +66,7 @@ constexpr Route kRoutes[] = {
         get_host_data_status_reply),
     fcd(Opcode::kSetHostData, "writing host data", handle_set_host_data,
         set_host_data_status_reply),
+    fcd(Opcode::kPib, "identification block", handle_pib, pib_status_reply),
     fcd(Opcode::kHistory, "history", handle_history, history_status_reply),
     fcd(Opcode::kGetNextType, "get-next type", handle_get_next_type, limit_status_reply),
     fcd(Opcode::kMaxPorts, "maximum ports", handle_max_ports, limit_status_reply),

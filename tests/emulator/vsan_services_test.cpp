@@ -5,6 +5,7 @@
 #include "client.h"
 #include "daemon_process.h"
 #include "handlers/routes.h"
+#include "model/hardware.h"
 #include "model/host_data.h"
 #include "store/store.h"
 
@@ -22,7 +23,8 @@ namespace {
 constexpr Asker kOperator{1, Requester::kOperator};
 
 struct Director {
-  Director() {
+  Director() : Director({.history_capacity = 8}) {}
+  explicit Director(emulator::SwitchOptions options) : model(std::move(options)) {
     model.enable_feature();
     REQUIRE(model.enable_ficon(0x114, kOperator) == FcdStatus::kDone);
   }
@@ -52,7 +54,7 @@ struct Director {
     return std::get<emulator::NoReply>(given).status;
   }
 
-  Switch model{{.history_capacity = 8}};
+  Switch model;
 };
 
 test::Bytes host_data_write(std::uint32_t vsan, std::uint32_t offset, const test::Bytes& bytes) {
@@ -232,6 +234,56 @@ TEST_CASE("A batch is as long as a TLV has room for") {
   const Request request{1, 0xfe000000, 101, 7864, payload};
   const auto given = find_route(request)->handle(request, model);
   CHECK(walked(std::get<emulator::Bytes>(given)).count == 1638);
+}
+
+namespace {
+
+test::Bytes pib(std::uint32_t key, std::uint8_t first, std::uint8_t last) {
+  return hex("00 00 00 82 00 14 00 7a") + be32(1) + be32(10) + zeros(104) + be32(key) + be32(0) +
+         test::Bytes{first, last};
+}
+
+emulator::SwitchOptions small_chassis() {
+  emulator::SwitchOptions options;
+  options.hardware = emulator::hardware_from(
+      "name = \"box\"\nmodel = \"M7\"\nserial = \"S1122\"\nslots = 3\n"
+      "[[module]]\nslot = 3\nnumber = 2\ntype = \"a-long-type-name\"\nports = 4\n",
+      "test");
+  return options;
+}
+
+}  // namespace
+
+TEST_CASE("The identification block tells what the chassis is made of") {
+  Director director{small_chassis()};
+  const test::Bytes reply = director.reply(7877, pib(0, 0, 255));
+  REQUIRE(reply.size() == 4 + 4 + 122 + 4 + 2 * 50);
+  CHECK(host32_at(reply, 8 + 116) == 0);
+  CHECK(reply[8 + 120] == 0);
+  CHECK(reply[8 + 121] == 1);
+  CHECK(hex_of({reply.begin() + 130, reply.begin() + 134}) == "00 15 00 64 ");
+  CHECK(hex_of({reply.begin() + 134, reply.begin() + 184}) ==
+        hex_of(hex("01 00 02 00 00 00 00 00 62 6f 78") + zeros(9) + hex("4d 37") + zeros(10) +
+               hex("53 31 31 32 32") + zeros(7) + zeros(6)));
+  CHECK(hex_of({reply.begin() + 184, reply.end()}) ==
+        hex_of(hex("02 02 02 00 00 00 00 00 61 2d 6c 6f 6e 67 2d 74 79 70 65 2d 4d 37") +
+               zeros(10) + hex("53 31 31 32 32 2d 30 33") + zeros(4) + zeros(6)));
+}
+
+TEST_CASE("The identification block names a module's ports, a range of them") {
+  Director director{small_chassis()};
+  const test::Bytes reply = director.reply(7877, pib(2, 3, 9));
+  REQUIRE(reply.size() == 4 + 4 + 122 + 4 + 50);
+  CHECK(reply[8 + 120] == 3);
+  CHECK(reply[8 + 121] == 3);
+  CHECK(hex_of({reply.begin() + 134, reply.begin() + 142}) == "03 02 00 03 01 00 20 03 ");
+  CHECK(reply[134 + 44] == 3);
+  for (const auto& request : {pib(2, 4, 4), pib(2, 1, 0), pib(1, 0, 0), pib(0xffffffff, 0, 0)}) {
+    const test::Bytes refused = director.reply(7877, request);
+    REQUIRE(refused.size() == 130);
+    CHECK(host32_at(refused, 8 + 116) == 0x408900c1);
+  }
+  CHECK(director.malformed(7877, zeros(130)));
 }
 
 TEST_CASE_FIXTURE(Director, "Get-next type and maximum ports are read and set in host order") {

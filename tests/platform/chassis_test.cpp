@@ -37,6 +37,8 @@ TEST_CASE("chassis: every key") {
   const Chassis chassis = read(R"toml(
 name = "box"
 software_version = "9.8(7)"
+model = "M7"
+serial = "S112233"
 slots = 4
 ficon_ports = 512
 [[module]]
@@ -66,6 +68,8 @@ number = 1
 vsan = 7
 )toml");
   CHECK(chassis.name == "box");
+  CHECK(chassis.model == "M7");
+  CHECK(chassis.serial == "S112233");
   CHECK(chassis.software_version == "9.8(7)");
   CHECK(chassis.slots == 4);
   CHECK(chassis.ficon_ports == 512);

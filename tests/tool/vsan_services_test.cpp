@@ -139,3 +139,18 @@ TEST_CASE_FIXTURE(SharedSwitch, "a MIH time-out that was not taken is told") {
   holder.signal(SIGINT);
   holder.finish();
 }
+
+TEST_CASE_FIXTURE(SharedSwitch, "the identification block shows switch, modules and ports") {
+  const auto parts = tool("--json pib show").json();
+  REQUIRE(parts.size() > 1);
+  CHECK(parts[0]["what"] == "switch");
+  CHECK(parts[0]["model"] == "D9");
+  CHECK(parts[0]["serial"] == "D900001");
+  CHECK(parts[1]["what"] == "module 1");
+  CHECK(parts[1]["serial"] == "D900001-01");
+  const auto ports = tool("--json pib show --module 1").json();
+  REQUIRE(ports.size() == 48);
+  CHECK(ports[47]["what"] == "fc1/48");
+  CHECK(ports[47]["tag"] == 47);
+  CHECK(contains(tool("pib show --module 16").err, "no-identification"));
+}

@@ -6,6 +6,7 @@ namespace ficon::ctl {
 void register_vsan(CLI::App& app, Context& context);
 void register_lock(CLI::App& app, Context& context);
 void register_host_data(CLI::App& app, Context& context);
+void register_pib(CLI::App& app, Context& context);
 void register_history(CLI::App& app, Context& context);
 void register_limits(CLI::App& app, Context& context);
 void register_box(CLI::App& app, Context& context);
@@ -21,6 +22,7 @@ void register_commands(CLI::App& app, Context& context) {
   register_vsan(app, context);
   register_lock(app, context);
   register_host_data(app, context);
+  register_pib(app, context);
   register_history(app, context);
   register_limits(app, context);
   register_box(app, context);

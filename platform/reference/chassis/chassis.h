@@ -54,6 +54,8 @@ struct Module {
 struct Chassis {
   std::string name = "switch";
   std::string software_version = "1.0";
+  std::string model = "unknown";  // it and its serial number identify the hardware
+  std::string serial = "0";
   std::uint32_t slots = 1;
   std::uint32_t ficon_ports = kDefaultFiconPorts;  // port numbers from 0
   std::vector<Module> modules;                     // by number

@@ -273,6 +273,8 @@ Chassis read_table(const toml::table& table) {
   Chassis chassis;
   keys.text("name", chassis.name);
   keys.text("software_version", chassis.software_version);
+  keys.text("model", chassis.model);
+  keys.text("serial", chassis.serial);
   keys.require("slots");
   keys.number("slots", 1, kSlots, chassis.slots);
   keys.number("ficon_ports", 1, kMaxFiconPorts, chassis.ficon_ports);

@@ -3,6 +3,8 @@
  *
  *   name = "director"
  *   software_version = "4.1(3a)"
+ *   model = "D9"                   # up to 12 characters are shown of it
+ *   serial = "D900042"             # the modules' have their slot behind it: D900042-01
  *   slots = 9                      # 1 to 16
  *   ficon_ports = 256              # port numbers, 1 to 1280
  *

@@ -5,6 +5,8 @@ namespace {
 
 constexpr std::string_view kDirector = R"toml(name = "director"
 software_version = "4.1(3a)"
+model = "D9"
+serial = "D900001"
 slots = 9
 
 # Hosts of VSAN 10 in front, its control units behind them; slot 4 waits for a module.

@@ -24,4 +24,21 @@ struct PibRecord {
 };
 static_assert(is_packed<PibRecord, 50>);
 
+enum class PibKind : std::uint8_t { kSwitch = 1, kModule = 2, kPort = 3 };
+
+/** What fcd writes into a record. Texts are ASCII, NUL-padded, cut. */
+struct PibContents {
+  PibKind kind;
+  std::uint8_t module;  // 0: the switch itself
+  be16 tag;             // of ports: the FICON port number; 512 none
+  be32 if_index;        // of ports
+  bytes<12> type;
+  bytes<12> model;
+  bytes<12> serial;
+  std::uint8_t port;  // in the module, from 0
+  bytes<5> spare;
+};
+static_assert(is_packed<PibContents, sizeof(PibRecord)>);
+static_assert(offsetof(PibContents, type) == 8);
+
 }  // namespace ficon::wire
