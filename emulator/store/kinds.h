@@ -20,10 +20,8 @@ inline constexpr StoredKind kStoredKinds[] = {
 };
 
 inline constexpr SavedConfigKind kSavedConfigKinds[] = {
-    {"feature", write_feature_record},
-    {"limits", write_limits_record},
-    {"ports", write_port_records},
-    {"prohibit-settings", write_default_prohibit_record},
+    {"feature", write_feature_record}, {"limits", write_limits_record},
+    {"ports", write_port_records},     {"prohibit-settings", write_default_prohibit_record},
     {"vsan/?", write_vsan_record},
 };
 
