@@ -20,14 +20,15 @@ void pin_to_one_core() {
   sched_setaffinity(0, sizeof cores, &cores);
 }
 
-EmulatorProcess::EmulatorProcess(const char* program) {
+EmulatorProcess::EmulatorProcess(const char* program, const std::string& history) {
   char directory[] = "/tmp/ficon-bench-XXXXXX";
   if (mkdtemp(directory) == nullptr) std::exit(2);
   directory_ = directory;
   const std::string store = directory_ + "/ficon.db";
   process_ = fork();
   if (process_ == 0) {
-    execl(program, program, "--socket", socket().c_str(), "--store", store.c_str(), nullptr);
+    execl(program, program, "--socket", socket().c_str(), "--store", store.c_str(), "--history",
+          history.c_str(), nullptr);
     std::perror(program);
     _exit(2);
   }

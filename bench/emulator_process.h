@@ -15,7 +15,8 @@ void pin_to_one_core();
 
 class EmulatorProcess {
  public:
-  explicit EmulatorProcess(const char* program);
+  /** `history`: the entries that its history keeps. */
+  explicit EmulatorProcess(const char* program, const std::string& history = "8192");
   EmulatorProcess(const EmulatorProcess&) = delete;
   EmulatorProcess& operator=(const EmulatorProcess&) = delete;
   ~EmulatorProcess();
