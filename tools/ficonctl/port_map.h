@@ -1,0 +1,57 @@
+/** The port map as people see it: position, port number, port address, interface index, state. */
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "output.h"
+#include "session.h"
+
+namespace ficon::ctl {
+
+inline constexpr std::uint32_t kNoPortNumber = 512;
+
+struct MappedPort {
+  std::optional<std::uint32_t> position;     // in the port table, where it was asked by position
+  std::optional<std::uint32_t> port_number;  // none: nothing is assigned
+  std::optional<std::uint32_t> port_address;
+  if_index_t if_index = 0;
+  std::uint8_t state = 5;
+};
+
+struct PortStateName {
+  const char* name;
+  char symbol;
+  const char* color;  // of the picture
+  int ansi;           // of the terminal
+};
+PortStateName state_name(std::uint8_t state);
+
+std::uint32_t largest_port_number();
+/** The port numbers from first to last, in as many requests as they need. */
+std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
+                                          std::uint32_t last);
+/** The 64 positions of a module. */
+std::vector<MappedPort> read_module(Session& session, std::uint32_t module);
+/** The 256 positions of the logical ports. */
+std::vector<MappedPort> read_logical(Session& session);
+/** Those that have an interface. */
+std::vector<MappedPort> with_interface(const std::vector<MappedPort>& ports);
+
+/** "fc1/2", or "-" where there is none. */
+std::string interface_text(if_index_t if_index);
+std::string number_text(const std::optional<std::uint32_t>& port_number);
+std::string port_address_text(const std::optional<std::uint32_t>& port_address);
+/** The index of an interface's name; a UsageError where it is none. */
+if_index_t parse_interface_name(const std::string& text);
+
+Json to_json(const MappedPort& port);
+Table to_table(const std::vector<MappedPort>& ports);
+
+/** A picture of a module in the terminal, and as SVG. */
+std::string grid_of(const std::vector<MappedPort>& ports, bool color);
+std::string svg_of(const std::vector<MappedPort>& ports, const std::string& title);
+
+}  // namespace ficon::ctl
