@@ -133,7 +133,7 @@ std::array<char, 256> printable_characters(std::uint32_t codepage) {
 
 std::string dump_line(const Bytes& bytes, std::size_t offset,
                       const std::array<char, 256>& characters) {
-  char cell[16];
+  char cell[32];
   std::snprintf(cell, sizeof cell, "%04zx ", offset);
   std::string line = cell;
   std::string text;
