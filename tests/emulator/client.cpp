@@ -85,6 +85,17 @@ Bytes lock_record(std::uint32_t vsan, std::uint8_t operation, std::uint32_t requ
   return host32(vsan) + Bytes{operation} + zeros(4) + host32(requester) + zeros(5);
 }
 
+Bytes tlv_array(const Bytes& tlvs) {
+  return be32(static_cast<std::uint32_t>(4 + tlvs.size())) + tlvs;
+}
+
+Bytes file_tlv(const FileAsked& asked) {
+  return hex("00 06 00 9e") + be32(asked.message_type) + be32(46) + zeros(104) +
+         be32(asked.requester) + be32(asked.operation) + be32(asked.vsan) + hex(asked.name) +
+         zeros(1) + host32(asked.key) + be32(asked.data_offset) + zeros(4 + 4) + hex(asked.name2) +
+         zeros(1);
+}
+
 std::uint32_t tlv_status(const Bytes& reply) {
   return reply.size() < 136 ? 0xffffffff : host32_at(reply, 4 + 4 + 124);
 }

@@ -24,6 +24,20 @@ Bytes vsan_config(std::uint32_t requester, std::uint32_t operation, std::uint32_
 Bytes vsan_info(std::uint32_t message_type, std::uint32_t vsan);
 Bytes ficon_state(std::uint32_t vsan, std::uint32_t state, std::uint32_t requester);
 Bytes lock_record(std::uint32_t vsan, std::uint8_t operation, std::uint32_t requester);
+/** An array of TLVs: its length in all, then each with type and length. */
+Bytes tlv_array(const Bytes& tlvs);
+/** The TLV that every file request begins with; `name` in EBCDIC, 8 bytes. */
+struct FileAsked {
+  std::uint32_t operation = 0;
+  std::uint32_t vsan = 0;
+  std::string name = "00 00 00 00 00 00 00 00";
+  std::uint32_t key = 0;
+  std::uint32_t data_offset = 0;
+  std::string name2 = "00 00 00 00 00 00 00 00";
+  std::uint32_t requester = 1;
+  std::uint32_t message_type = 3;
+};
+Bytes file_tlv(const FileAsked& asked);
 /** The status of a reply whose first TLV is the header. */
 std::uint32_t tlv_status(const Bytes& reply);
 std::uint32_t host32_at(const Bytes& bytes, std::size_t offset);

@@ -105,6 +105,10 @@ Result Tool::operator()(const std::string& words) const {
   return ToolProcess(endpoint_, split(words)).finish();
 }
 
+Result Tool::run(const std::vector<std::string>& words) const {
+  return ToolProcess(endpoint_, words).finish();
+}
+
 ToolProcess Tool::start(const std::string& words) const {
   return {endpoint_, split(words)};
 }

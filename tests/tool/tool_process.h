@@ -44,6 +44,8 @@ class Tool {
 
   /** `words` as typed, split at blanks. */
   Result operator()(const std::string& words) const;
+  /** For words with blanks in them. */
+  Result run(const std::vector<std::string>& words) const;
   ToolProcess start(const std::string& words) const;
 
  private:

@@ -1,6 +1,4 @@
 /** `ficonctl file`: the configuration files of a VSAN. */
-#include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -9,6 +7,7 @@
 #include "confirm.h"
 #include "file_client.h"
 #include "file_text.h"
+#include "requester.h"
 #include "wire/fcd_status.h"
 
 namespace ficon::ctl {
@@ -16,31 +15,17 @@ namespace {
 
 using wire::FileOperation;
 
-/** As the library stores names. */
-std::string upper(std::string name) {
-  std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
-  return name;
-}
-
 struct FileArguments {
   std::string vsan;
   std::string name;
   std::string other;
   std::string text;
 
-  FileName file() const { return {parse_vsan(vsan), upper(name)}; }
+  FileName file() const { return named_file(vsan, name); }
 };
 
-/** The name that stands for the active configuration where a file is only read. */
-constexpr const char* kActive = "active";
-
-FileName readable_file(const FileArguments& arguments, const std::string& name) {
-  return {parse_vsan(arguments.vsan), name == kActive ? "" : upper(name)};
-}
-
-const char* editor_text(std::uint8_t editor) {
-  constexpr const char* kNames[] = {"-", "operator", "agent", "host"};
-  return editor < std::size(kNames) ? kNames[editor] : "unknown";
+std::string editor_text(const FileFacts& file) {
+  return file.editor == 0 ? "-" : requester_name(file.editor);
 }
 
 std::string description_of(Session& session, const FileName& file) {
@@ -48,6 +33,13 @@ std::string description_of(Session& session, const FileName& file) {
     if (facts.name == file.name) return facts.description;
   }
   return "";
+}
+
+/** Opening a file that is not there would create it: create wants that, the others do not. */
+void require_new(Session& session, const FileEdit& edit, bool wanted, const std::string& what) {
+  if (edit.is_new() == wanted) return;
+  const FcdStatus status = wanted ? FcdStatus::kFileExists : FcdStatus::kNoSuchFile;
+  throw session.failure(static_cast<std::uint32_t>(status), what);
 }
 
 void say(Context& context, const FileName& file, const std::string& done) {
@@ -61,18 +53,19 @@ void list(Context& context, const FileArguments& arguments) {
   for (const FileFacts& file : list_files(context.session, parse_vsan(arguments.vsan))) {
     json.push_back({{"name", file.name},
                     {"equals-active", file.equals_active},
-                    {"open-by", editor_text(file.editor)},
+                    {"open-by", editor_text(file)},
                     {"description", file.description}});
-    table.add(
-        {file.name, file.equals_active ? "yes" : "no", editor_text(file.editor), file.description});
+    table.add({file.name, file.equals_active ? "yes" : "no", editor_text(file), file.description});
   }
   context.output.show(json, table);
 }
 
 void show(Context& context, const FileArguments& arguments) {
-  const FileName file = readable_file(arguments, arguments.name);
+  const FileName file = file_or_active(arguments.vsan, arguments.name);
   const PortTable ports = read_ports(context.session, file);
-  const Json json{{"vsan", file.vsan}, {"file", arguments.name}, {"ports", to_json(ports)}};
+  const Json json{{"vsan", file.vsan},
+                  {"file", arguments.name},
+                  {"ports", to_json(ports, ports_of_interest(ports))}};
   const Table table = to_table(ports);
   if (table.has_rows()) {
     context.output.show(json, table);
@@ -83,43 +76,39 @@ void show(Context& context, const FileArguments& arguments) {
 
 void create(Context& context, const FileArguments& arguments) {
   const FileName file = arguments.file();
-  for (const FileFacts& facts : list_files(context.session, file.vsan)) {
-    if (facts.name != file.name) continue;
-    throw context.session.failure(static_cast<std::uint32_t>(FcdStatus::kFileExists),
-                                  "cannot create " + file.text());
-  }
   FileEdit edit(context.session, file);
+  require_new(context.session, edit, true, "cannot create " + file.text());
   edit.keep();
   say(context, file, "created");
 }
 
 void describe(Context& context, const FileArguments& arguments) {
   const FileName file = arguments.file();
-  if (arguments.text.empty() || arguments.text.size() > 24) {
+  if (arguments.text.empty() || arguments.text.size() > kDescriptionLength) {
     throw UsageError("a description has 1 to 24 characters");
   }
-  NameBuffer name(file.name);
-  context.session.require("cannot describe " + file.text(), ficon_cmi_file_set_file_desc, file.vsan,
-                          name.get(), arguments.text.c_str(),
-                          static_cast<std::uint8_t>(arguments.text.size()));
+  FileEdit edit(context.session, file);
+  require_new(context.session, edit, false, "cannot describe " + file.text());
+  edit.describe(arguments.text);
+  edit.keep();
   say(context, file, "described");
 }
 
 void copy(Context& context, const FileArguments& arguments) {
-  const FileName file = arguments.file();
-  NameBuffer from(arguments.name);
-  NameBuffer to(arguments.other);
-  context.session.require("cannot copy " + file.text() + " to " + arguments.other,
-                          ficon_cmi_file_copy, file.vsan, from.get(), to.get());
-  say(context, file, "copied to " + arguments.other);
+  const FileName from = arguments.file();
+  const FileName to = named_file(arguments.vsan, arguments.other);
+  copy_file(context.session, from, to);
+  say(context, from, "copied to " + to.name);
 }
 
 void rename(Context& context, const FileArguments& arguments) {
   const FileName file = arguments.file();
+  const FileName renamed = named_file(arguments.vsan, arguments.other);
   FileEdit edit(context.session, file);
-  edit.rename(arguments.other);
+  require_new(context.session, edit, false, "cannot rename " + file.text());
+  edit.rename(renamed.name);
   edit.keep();
-  say(context, file, "renamed to " + arguments.other);
+  say(context, file, "renamed to " + renamed.name);
 }
 
 void apply(Context& context, const FileArguments& arguments) {
@@ -130,8 +119,8 @@ void apply(Context& context, const FileArguments& arguments) {
 }
 
 void diff(Context& context, const FileArguments& arguments) {
-  const PortTable a = read_ports(context.session, readable_file(arguments, arguments.name));
-  const PortTable b = read_ports(context.session, readable_file(arguments, arguments.other));
+  const PortTable a = read_ports(context.session, file_or_active(arguments.vsan, arguments.name));
+  const PortTable b = read_ports(context.session, file_or_active(arguments.vsan, arguments.other));
   const std::vector<std::string> lines = differences(a, b);
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
@@ -140,14 +129,14 @@ void diff(Context& context, const FileArguments& arguments) {
 
 void check(Context& context, const FileArguments& arguments) {
   const std::vector<std::string> lines =
-      findings(read_ports(context.session, readable_file(arguments, arguments.name)));
+      findings(read_ports(context.session, file_or_active(arguments.vsan, arguments.name)));
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
   context.output.show(Json(lines), lines.empty() ? "nothing to be found fault with" : text);
 }
 
 void export_file(Context& context, const FileArguments& arguments) {
-  const FileName file = readable_file(arguments, arguments.name);
+  const FileName file = file_or_active(arguments.vsan, arguments.name);
   FileText text{.description = description_of(context.session, file),
                 .ports = read_ports(context.session, file)};
   const std::string json = file_to_json(text).dump(2) + "\n";
@@ -177,13 +166,10 @@ void import_file(Context& context, const FileArguments& arguments) {
   }
   FileEdit edit(context.session, file);
   edit.change(read_ports(context.session, file, edit.key()), wanted.ports);
-  edit.keep();
-  if (!wanted.description.empty()) {
-    NameBuffer name(file.name);
-    context.session.require("cannot describe " + file.text(), ficon_cmi_file_set_file_desc,
-                            file.vsan, name.get(), wanted.description.c_str(),
-                            static_cast<std::uint8_t>(wanted.description.size()));
+  if (wanted.description != description_of(context.session, file)) {
+    edit.describe(wanted.description);
   }
+  edit.keep();
   say(context, file, "imported from " + arguments.text);
 }
 

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <cctype>
 #include <cstring>
 #include <memory>
 
+#include "requester.h"
 #include "vsan_record.h"
+#include "wire/fcd_status.h"
 #include "wire/port_info.h"
 
 namespace ficon::ctl {
@@ -40,6 +43,12 @@ Port to_port(const ficon_cmi_port_info_t& record) {
   return port;
 }
 
+/** For operators and agents the library does; a host gives names and descriptions in EBCDIC. */
+bool converts_names(const Session& session) {
+  constexpr std::uint32_t kHost = 3;
+  return session.requester() < kHost;
+}
+
 ficon_cmi_prohibit_entry_t prohibit_entry(std::uint32_t address, const PortSet& prohibited) {
   ficon_cmi_prohibit_entry_t entry{};
   entry.port_address = address;
@@ -64,11 +73,31 @@ std::string FileName::text() const {
   return name.empty() ? "the active configuration" + of_vsan : "file " + name + of_vsan;
 }
 
+FileName named_file(const std::string& vsan, std::string name) {
+  std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
+  return {parse_vsan(vsan), std::move(name)};
+}
+
+FileName file_or_active(const std::string& vsan, const std::string& name) {
+  return name.empty() || name == "active" ? FileName{parse_vsan(vsan), ""} : named_file(vsan, name);
+}
+
 NameBuffer::NameBuffer(const std::string& name) {
   if (name.size() > 8) {
     throw UsageError("file name \"" + name + "\" is longer than 8 characters");
   }
   std::ranges::copy(name, text_);
+}
+
+NameBuffer NameBuffer::for_requester(Session& session, const FileName& file) {
+  NameBuffer name(file.name);
+  if (converts_names(session)) return name;
+  NameBuffer ebcdic("");
+  const std::uint32_t status =
+      convert_ascii_filename_to_ebcdic(read_vsan(session, file.vsan).codepage, name.text_,
+                                       reinterpret_cast<std::uint8_t*>(ebcdic.text_));
+  if (status != 0) throw session.failure(status, "cannot name " + file.text());
+  return ebcdic;
 }
 
 std::vector<FileFacts> list_files(Session& session, std::uint32_t vsan) {
@@ -115,11 +144,26 @@ void file_operation(Session& session, const FileName& file, wire::FileOperation 
                   static_cast<std::uint32_t>(operation), name.get(), nullptr, nullptr, nullptr);
 }
 
+void copy_file(Session& session, const FileName& from, const FileName& to) {
+  NameBuffer source = NameBuffer::for_requester(session, from);
+  NameBuffer copy = NameBuffer::for_requester(session, to);
+  session.require("cannot copy " + from.text() + " to " + to.name, ficon_cmi_file_copy, from.vsan,
+                  source.get(), copy.get());
+}
+
 FileEdit::FileEdit(Session& session, FileName file) : session_(session), file_(std::move(file)) {
   NameBuffer name(file_.name);
-  session_.require("cannot edit " + file_.text(), ficon_cmi_file_ops, file_.vsan,
-                   static_cast<std::uint32_t>(wire::FileOperation::kOpen), name.get(), &key_,
-                   nullptr, nullptr);
+  std::uint8_t flag = 0;  // of a new file 1; where the edit is refused, whose is in the way
+  const std::uint32_t status = session_.ask(ficon_cmi_file_ops, file_.vsan,
+                                            static_cast<std::uint32_t>(wire::FileOperation::kOpen),
+                                            name.get(), &key_, &flag, nullptr);
+  if (status == 0) {
+    is_new_ = flag == 1;
+    return;
+  }
+  const bool edited = status == static_cast<std::uint32_t>(FcdStatus::kFileBeingEdited);
+  throw session_.failure(
+      status, "cannot edit " + file_.text() + (edited ? ", open by " + requester_name(flag) : ""));
 }
 
 FileEdit::~FileEdit() {
@@ -161,6 +205,21 @@ void FileEdit::rename(const std::string& name) {
                    nullptr, nullptr);
 }
 
+void FileEdit::describe(const std::string& text) {
+  ficon_cmi_file_hdr_t header{};
+  std::ranges::fill(header.description, ' ');
+  std::copy_n(text.data(), std::min(text.size(), kDescriptionLength), header.description);
+  const std::string what = "cannot describe " + file_.text();
+  if (!converts_names(session_)) {
+    constexpr std::uint32_t kAscii = 1;
+    auto* bytes = reinterpret_cast<std::uint8_t*>(header.description);
+    const std::uint32_t status = convert_codepage_and_copy(
+        kAscii, read_vsan(session_, file_.vsan).codepage, bytes, bytes, kDescriptionLength);
+    if (status != 0) throw session_.failure(status, what);
+  }
+  session_.require(what, ficon_cmi_file_set_file_hdr, file_.vsan, nullptr, &key_, &header);
+}
+
 void FileEdit::keep() {
   std::uint32_t key = key_;
   session_.require("cannot keep the changes of " + file_.text(), ficon_cmi_file_ops, file_.vsan,
@@ -169,20 +228,36 @@ void FileEdit::keep() {
   key_ = 0;
 }
 
+namespace {
+
+/** The whole character that begins there, of one byte or, in UTF-8, of more. */
+std::string character_at(const std::string& text, std::size_t at) {
+  std::size_t end = at + 1;
+  while (end < text.size() && (text[end] & 0xc0) == 0x80) ++end;
+  return text.substr(at, end - at);
+}
+
+bool is_printable_ascii(const std::string& character) {
+  return character.size() == 1 && character[0] >= 0x20 && character[0] < 0x7f;
+}
+
+}  // namespace
+
 void check_port_name(Session& session, std::uint32_t vsan, const std::string& name) {
+  const std::uint32_t codepage = read_vsan(session, vsan).codepage;
+  for (std::size_t at = 0; at < name.size();) {
+    const std::string character = character_at(name, at);
+    std::uint8_t ebcdic[kPortNameLength];
+    if (!is_printable_ascii(character) ||
+        convert_ascii_portname_to_ebcdic(codepage, character.c_str(), ebcdic) != 0) {
+      throw UsageError("port name \"" + name + "\": code page " + std::to_string(codepage) +
+                       " of VSAN " + std::to_string(vsan) + " takes no character '" + character +
+                       "'");
+    }
+    at += character.size();
+  }
   if (name.size() > kPortNameLength) {
     throw UsageError("port name \"" + name + "\" is longer than 24 characters");
-  }
-  const std::uint32_t codepage = read_vsan(session, vsan).codepage;
-  for (const char c : name) {
-    const char one[2] = {c, '\0'};
-    std::uint8_t ebcdic[kPortNameLength];
-    if (static_cast<unsigned char>(c) >= 0x20 && static_cast<unsigned char>(c) < 0x7f &&
-        convert_ascii_portname_to_ebcdic(codepage, one, ebcdic) == 0) {
-      continue;
-    }
-    throw UsageError("port name \"" + name + "\": code page " + std::to_string(codepage) +
-                     " of VSAN " + std::to_string(vsan) + " has no character '" + one + "'");
   }
 }
 

@@ -23,10 +23,19 @@ struct FileName {
   std::string text() const;
 };
 
+/** In capital letters, as files are stored. */
+FileName named_file(const std::string& vsan, std::string name);
+/** For commands that also take the active configuration: an empty name, or `active`. */
+FileName file_or_active(const std::string& vsan, const std::string& name);
+
+inline constexpr std::size_t kDescriptionLength = 24;
+
 /** A name as the library wants it: a writable buffer that it may change, 9 bytes. */
 class NameBuffer {
  public:
   explicit NameBuffer(const std::string& name);
+  /** For the requests that convert names for operators and agents only: a host's are EBCDIC. */
+  static NameBuffer for_requester(Session& session, const FileName& file);
   /** Null for the active configuration. */
   char* get() { return text_[0] == '\0' ? nullptr : text_; }
 
@@ -48,6 +57,9 @@ PortTable read_ports(Session& session, const FileName& file, std::uint32_t key =
 void file_operation(Session& session, const FileName& file, wire::FileOperation operation,
                     const std::string& what);
 
+/** Copies to a name that is not there yet. */
+void copy_file(Session& session, const FileName& from, const FileName& to);
+
 /** An edit of a file: nothing shows before `keep`, and what is not kept is discarded. */
 class FileEdit {
  public:
@@ -59,14 +71,19 @@ class FileEdit {
   /** Sends what differs between the two tables. */
   void change(const PortTable& before, const PortTable& after);
   void rename(const std::string& name);
+  /** Up to 24 characters; the whole header is written. */
+  void describe(const std::string& text);
   void keep();
 
   std::uint32_t key() const { return key_; }
+  /** Whether there was no such file. */
+  bool is_new() const { return is_new_; }
 
  private:
   Session& session_;
   FileName file_;
   std::uint32_t key_ = 0;
+  bool is_new_ = false;
 };
 
 /** Refuses a name that the VSAN's code page cannot hold, naming the character. */

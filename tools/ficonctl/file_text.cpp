@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
+#include "file_client.h"
+
 namespace ficon::ctl {
 namespace {
 
 constexpr const char* kFormat = "ficon-configuration-file";
-constexpr std::size_t kDescriptionLength = 24;
 
 [[noreturn]] void refuse(const std::string& where, const std::string& expected) {
   throw UsageError("import: " + where + ": " + expected);

@@ -1,6 +1,7 @@
 /** `ficonctl matrix`: the prohibit matrix of a file, drawn for the terminal or as a picture. */
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 
 #include "command.h"
 #include "file_client.h"
@@ -38,17 +39,40 @@ struct Matrix {
 };
 
 Matrix read_matrix(Context& context, const MatrixArguments& arguments) {
-  Matrix matrix{.file = {parse_vsan(arguments.vsan), arguments.file}, .ports = {}, .shown = {}};
+  Matrix matrix{.file = file_or_active(arguments.vsan, arguments.file), .ports = {}, .shown = {}};
   matrix.ports = read_ports(context.session, matrix.file);
   matrix.shown = arguments.ports.empty() ? ports_of_interest(matrix.ports)
                                          : parse_port_addresses(arguments.ports);
   return matrix;
 }
 
-std::string label(const Port& port) {
-  return port.name + (port.blocked ? " (blocked)" : "") +
-         (port.installed ? "" : " (not installed)");
+/** The address, and behind it what else there is to say of the port. */
+std::string label(std::uint32_t address, const Port& port) {
+  std::string text = address_text(address);
+  if (!port.name.empty()) text += " " + port.name;
+  if (port.blocked) text += " (blocked)";
+  if (!port.installed) text += " (not installed)";
+  return text;
 }
+
+const char* state_name(Cell cell) {
+  switch (cell) {
+    case Cell::kItself:
+      return "the port itself";
+    case Cell::kFree:
+      return "free";
+    case Cell::kProhibited:
+      return "prohibited";
+    case Cell::kBlocked:
+      return "blocked";
+    case Cell::kNotInstalled:
+      break;
+  }
+  return "not installed";
+}
+
+constexpr Cell kLegend[] = {Cell::kFree, Cell::kProhibited, Cell::kBlocked, Cell::kNotInstalled,
+                            Cell::kItself};
 
 std::string colored(Cell cell) {
   const std::string symbol(1, static_cast<char>(cell));
@@ -86,11 +110,14 @@ std::string draw(const Matrix& matrix, bool color) {
       const Cell c = cell(matrix.ports, row, column);
       text += " " + (color ? colored(c) : std::string(1, static_cast<char>(c)));
     }
-    text += "  " + label(matrix.ports[row]);
-    text.erase(text.find_last_not_of(' ') + 1);
-    text += '\n';
+    const std::string more = label(row, matrix.ports[row]).substr(2);
+    text += (more.empty() ? "" : " " + more) + "\n";
   }
-  return text + "  . free   X prohibited   # blocked   - not installed   \\ the port itself\n";
+  for (const Cell c : kLegend) {
+    text += std::string("  ") + static_cast<char>(c) + " " + state_name(c) + " ";
+  }
+  text.back() = '\n';
+  return text;
 }
 
 std::string escaped(const std::string& text) {
@@ -117,8 +144,8 @@ std::string escaped(const std::string& text) {
 }
 
 constexpr int kCellSize = 16;
-constexpr int kLeft = 240;
-constexpr int kTop = 220;
+constexpr int kTitleHeight = 36;
+constexpr int kLegendPitch = 130;
 
 const char* fill(Cell cell) {
   switch (cell) {
@@ -127,7 +154,7 @@ const char* fill(Cell cell) {
     case Cell::kFree:
       return "#ffffff";
     case Cell::kProhibited:
-      return "#c0392b";
+      return "#e8958c";
     case Cell::kBlocked:
       return "#f0b429";
     case Cell::kNotInstalled:
@@ -136,50 +163,95 @@ const char* fill(Cell cell) {
   return "#ffffff";
 }
 
+std::string attribute(const char* name, int value) {
+  return std::string(" ") + name + "=\"" + std::to_string(value) + "\"";
+}
+
+/** With the terminal's symbol too, for eyes and printers that see no colour. */
 void draw_cell(std::string& svg, Cell c, int x, int y, const std::string& title) {
-  const std::string at = " x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y) + "\"";
-  svg += "<rect" + at + " width=\"16\" height=\"16\" fill=\"" + fill(c) +
-         "\" stroke=\"#b8bec8\"><title>" + title + "</title></rect>\n";
-  if (c == Cell::kProhibited || c == Cell::kBlocked) {
-    // the symbol too, for eyes and printers that see no colour
-    svg += "<text class=\"s\" x=\"" + std::to_string(x + kCellSize / 2) + "\" y=\"" +
-           std::to_string(y + 12) + "\">" + static_cast<char>(c) + "</text>\n";
+  svg += "<g><title>" + title + "</title><rect" + attribute("x", x) + attribute("y", y) +
+         attribute("width", kCellSize) + attribute("height", kCellSize) + " fill=\"" + fill(c) +
+         "\" stroke=\"#b8bec8\"/>";
+  if (c != Cell::kFree) {
+    svg += "<text class=\"s\"" + attribute("x", x + kCellSize / 2) + attribute("y", y + 12) + ">" +
+           static_cast<char>(c) + "</text>";
+  }
+  svg += "</g>\n";
+}
+
+/** Where the cells begin: the margins have room for the longest label. */
+struct Place {
+  int left;
+  int top;
+  int extent;
+};
+
+Place place_of(const Matrix& matrix) {
+  constexpr int kCharacterWidth = 7;  // of the monospaced labels, rounded up
+  std::size_t longest = 0;
+  for (const std::uint32_t address : matrix.shown) {
+    longest = std::max(longest, label(address, matrix.ports[address]).size());
+  }
+  const int margin = static_cast<int>(longest) * kCharacterWidth + 20;
+  return {margin, kTitleHeight + margin, static_cast<int>(matrix.shown.size()) * kCellSize};
+}
+
+void draw_labels(std::string& svg, const Matrix& matrix, const Place& place, std::size_t i) {
+  const std::uint32_t address = matrix.shown[i];
+  const std::string text = escaped(label(address, matrix.ports[address]));
+  const int middle = static_cast<int>(i) * kCellSize + kCellSize / 2 + 4;
+  svg += "<text" + attribute("x", place.left - 8) + attribute("y", place.top + middle) +
+         " text-anchor=\"end\">" + text + "</text>\n<text transform=\"translate(" +
+         std::to_string(place.left + middle) + "," + std::to_string(place.top - 8) +
+         ") rotate(-90)\">" + text + "</text>\n";
+}
+
+/** Free cells, most of a matrix, are left to the grid behind all. */
+void draw_row(std::string& svg, const Matrix& matrix, const Place& place, std::size_t row) {
+  for (std::size_t column = 0; column < matrix.shown.size(); ++column) {
+    const Cell c = cell(matrix.ports, matrix.shown[row], matrix.shown[column]);
+    if (c == Cell::kFree) continue;
+    draw_cell(svg, c, place.left + static_cast<int>(column) * kCellSize,
+              place.top + static_cast<int>(row) * kCellSize,
+              address_text(matrix.shown[row]) + " with " + address_text(matrix.shown[column]) +
+                  ": " + state_name(c));
   }
 }
 
-void draw_labels(std::string& svg, const Matrix& matrix, std::size_t i) {
-  const std::uint32_t address = matrix.shown[i];
-  const std::string text = escaped(address_text(address) + " " + label(matrix.ports[address]));
-  const int middle = static_cast<int>(i) * kCellSize + kCellSize / 2 + 4;
-  svg += "<text x=\"" + std::to_string(kLeft - 8) + "\" y=\"" + std::to_string(kTop + middle) +
-         "\" text-anchor=\"end\">" + text + "</text>\n";
-  svg += "<text transform=\"translate(" + std::to_string(kLeft + middle) + "," +
-         std::to_string(kTop - 8) + ") rotate(-90)\">" + text + "</text>\n";
+void draw_legend(std::string& svg, int y) {
+  int x = kCellSize;
+  for (const Cell c : kLegend) {
+    draw_cell(svg, c, x, y, state_name(c));
+    svg += "<text" + attribute("x", x + 22) + attribute("y", y + 12) + ">" + state_name(c) +
+           "</text>\n";
+    x += kLegendPitch;
+  }
 }
 
 std::string draw_svg(const Matrix& matrix) {
-  const int extent = static_cast<int>(matrix.shown.size()) * kCellSize;
-  const std::string width = std::to_string(std::max(kLeft + extent + 20, 760));
-  const std::string height = std::to_string(kTop + extent + 50);
-  std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" +
-                    height +
-                    "\" font-family=\"monospace\" font-size=\"11\">\n"
-                    "<style>.s{font-weight:bold;text-anchor:middle}</style>\n"
-                    "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n"
-                    "<text x=\"8\" y=\"20\" font-size=\"14\">Prohibit matrix of " +
-                    escaped(matrix.file.text()) + "</text>\n";
-  for (std::size_t row = 0; row < matrix.shown.size(); ++row) {
-    draw_labels(svg, matrix, row);
-    for (std::size_t column = 0; column < matrix.shown.size(); ++column) {
-      draw_cell(svg, cell(matrix.ports, matrix.shown[row], matrix.shown[column]),
-                kLeft + static_cast<int>(column) * kCellSize,
-                kTop + static_cast<int>(row) * kCellSize,
-                address_text(matrix.shown[row]) + " with " + address_text(matrix.shown[column]));
-    }
+  const Place place = place_of(matrix);
+  const int legend_width = static_cast<int>(std::size(kLegend)) * kLegendPitch;
+  std::string svg =
+      "<svg xmlns=\"http://www.w3.org/2000/svg\"" +
+      attribute("width", std::max(place.left + place.extent, legend_width) + 20) +
+      attribute("height", place.top + place.extent + 52) +
+      " font-family=\"monospace\" font-size=\"11\">\n"
+      "<style>.s{font-weight:bold;text-anchor:middle}</style>\n"
+      "<defs><pattern id=\"grid\" patternUnits=\"userSpaceOnUse\"" +
+      attribute("x", place.left) + attribute("y", place.top) + attribute("width", kCellSize) +
+      attribute("height", kCellSize) +
+      "><rect width=\"16\" height=\"16\" fill=\"#fff\" stroke=\"#b8bec8\"/></pattern></defs>\n"
+      "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n"
+      "<text x=\"16\" y=\"24\" font-size=\"14\">Prohibit matrix of " +
+      escaped(matrix.file.text()) + "</text>\n<rect" + attribute("x", place.left) +
+      attribute("y", place.top) + attribute("width", place.extent) +
+      attribute("height", place.extent) + " fill=\"url(#grid)\" stroke=\"#b8bec8\"/>\n";
+  for (std::size_t i = 0; i < matrix.shown.size(); ++i) {
+    draw_labels(svg, matrix, place, i);
+    draw_row(svg, matrix, place, i);
   }
-  svg += "<text x=\"" + std::to_string(kLeft) + "\" y=\"" + std::to_string(kTop + extent + 28) +
-         "\">X prohibited   # blocked   white free   grey not installed</text>\n</svg>\n";
-  return svg;
+  draw_legend(svg, place.top + place.extent + 20);
+  return svg + "</svg>\n";
 }
 
 void show(Context& context, const MatrixArguments& arguments) {
@@ -188,7 +260,7 @@ void show(Context& context, const MatrixArguments& arguments) {
     context.output.show(Json::array(), "no port is installed and none has settings");
     return;
   }
-  context.output.show(to_json(matrix.ports), draw(matrix, context.output.color));
+  context.output.show(to_json(matrix.ports, matrix.shown), draw(matrix, context.output.color));
 }
 
 void write_svg(Context& context, const MatrixArguments& arguments) {

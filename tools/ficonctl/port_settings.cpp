@@ -1,4 +1,6 @@
 /** `ficonctl port`: blocking, naming and prohibiting ports, a batch at a time. */
+#include <functional>
+
 #include "command.h"
 #include "confirm.h"
 #include "file_client.h"
@@ -14,7 +16,7 @@ struct PortArguments {
   std::string file;
   bool dry_run = false;
 
-  FileName target() const { return {parse_vsan(vsan), file}; }
+  FileName target() const { return file_or_active(vsan, file); }
 };
 
 void show_plan(Context& context, const FileName& file, const std::vector<std::string>& lines,
@@ -33,22 +35,30 @@ void verify(Context& context, const FileName& file, const PortTable& wanted) {
                 "somebody else may have changed it meanwhile: look at it, and try again");
 }
 
-/** One edit for the whole batch: all of it, or nothing. */
-template <class Change>
-void change_ports(Context& context, const PortArguments& arguments, Change change) {
+PortTable changed(PortTable ports, const std::function<void(PortTable&)>& change) {
+  change(ports);
+  return ports;
+}
+
+/**
+ * One edit for the whole batch: all of it, or nothing. What changes is reckoned from the edit's own
+ * copy, which nobody else can change meanwhile.
+ */
+void change_ports(Context& context, const PortArguments& arguments,
+                  const std::function<void(PortTable&)>& change) {
   const FileName file = arguments.target();
-  const PortTable before = read_ports(context.session, file);
-  PortTable after = before;
-  change(after);
-  const std::vector<std::string> plan = differences(before, after);
-  if (!plan.empty() && !arguments.dry_run) {
+  PortTable before = read_ports(context.session, file);
+  PortTable after = changed(before, change);
+  if (!arguments.dry_run && !differences(before, after).empty()) {
     if (file.name.empty()) confirm_disruption(context, file.vsan, "changing active ports");
     FileEdit edit(context.session, file);
+    before = read_ports(context.session, file, edit.key());
+    after = changed(before, change);
     edit.change(before, after);
     edit.keep();
     verify(context, file, after);
   }
-  show_plan(context, file, plan, arguments.dry_run);
+  show_plan(context, file, differences(before, after), arguments.dry_run);
 }
 
 void set_blocked(Context& context, const PortArguments& arguments, bool blocked) {

@@ -108,9 +108,9 @@ std::vector<std::uint32_t> ports_of_interest(const PortTable& ports) {
   return addresses;
 }
 
-Json to_json(const PortTable& ports) {
+Json to_json(const PortTable& ports, const std::vector<std::uint32_t>& addresses) {
   Json list = Json::array();
-  for (const std::uint32_t address : ports_of_interest(ports)) {
+  for (const std::uint32_t address : addresses) {
     const Port& port = ports[address];
     list.push_back({{"address", address_text(address)},
                     {"port-number", port.port_number == 512 ? Json() : Json(port.port_number)},

@@ -48,7 +48,7 @@ std::vector<std::string> findings(const PortTable& ports);
 /** The ports that are installed or have settings. */
 std::vector<std::uint32_t> ports_of_interest(const PortTable& ports);
 
-Json to_json(const PortTable& ports);
+Json to_json(const PortTable& ports, const std::vector<std::uint32_t>& addresses);
 Table to_table(const PortTable& ports);
 
 }  // namespace ficon::ctl
