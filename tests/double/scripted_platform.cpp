@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 #include "double/console_capture.h"
 #include "double/message.h"
@@ -170,6 +171,12 @@ std::vector<std::string> ScriptedPlatform::leaks() const {
   std::vector<std::string> lines;
   for (const auto& [block, what] : blocks_) lines.push_back(what);
   return lines;
+}
+
+void ScriptedPlatform::release_leaks() {
+  for (const auto& [block, what] : std::exchange(blocks_, {})) {
+    std::free(const_cast<void*>(block));
+  }
 }
 
 std::vector<std::string> ScriptedPlatform::complaints() const {

@@ -103,6 +103,8 @@ class ScriptedPlatform {
   bool lock_balanced() const;
   /** Blocks allocated since the beginning and not released: as lines. */
   std::vector<std::string> leaks() const;
+  /** Releases them: for the buffers that the interface keeps by intention. */
+  void release_leaks();
   /** The whole script was played, every message dropped, the lock free, nothing leaked. */
   bool finished() const;
   /** What `finished` finds wanting, as lines. */

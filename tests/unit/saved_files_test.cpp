@@ -290,6 +290,7 @@ TEST_CASE("writing: before 0, or under a name that is refused, the buffer is kep
     CHECK(send_set(platform, its, nullptr, offset, Bytes(5), 1) == status);
     CHECK(platform.sent(7863).empty());
     CHECK(platform.leaks() == std::vector<std::string>{"mtrack_alloc module=205 type=2 size=1029"});
+    platform.release_leaks();
   };
   kept("A", -1, 0x40850003);
   kept(" A", -1, 0x40850003);  // the offset is looked at first
