@@ -4,6 +4,7 @@
  */
 #include <libmnl/libmnl.h>
 #include <linux/netlink.h>
+#include <platform/ficon_base.h>
 #include <platform/mts.h>
 
 #include <cstring>
@@ -83,12 +84,19 @@ int copy_header(const nlattr* attribute, void* data) {
   return MNL_CB_OK;
 }
 
-/** The same two attributes, checked room, and a checked walk. */
+/** The same two attributes with the same contents, checked room, and a checked walk. */
 void libmnl() {
   wire::CmiHeader built;
   std::memset(&built, 0, sizeof built);
+  ficon_init_cmi_hdr(&built, static_cast<std::uint32_t>(wire::MessageType::kSet), "VSH", "UNKNOWN",
+                     static_cast<std::uint32_t>(wire::Subtype::kVsan));
+  built.requester.set(1);
+  built.operation.set(static_cast<std::uint32_t>(wire::VsanOperation::kUserAlertMode));
+  built.vsan.set(10);
   wire::VsanConfig change;
   std::memset(&change, 0, sizeof change);
+  change.vsan.set(10);
+  change.user_alert_mode = 1;
   alignas(nlmsghdr) std::uint8_t buffer[kCapacity];
   std::memset(buffer, 0, sizeof buffer);
   nlmsghdr* message = mnl_nlmsg_put_header(buffer);
@@ -97,7 +105,8 @@ void libmnl() {
   std::memcpy(sent, buffer, message->nlmsg_len);
   bench::keep(sent);
   mnl_attr_parse(reinterpret_cast<const nlmsghdr*>(sent), 0, copy_header, &header);
-  bench::keep(&header);
+  result = header.status.get();
+  bench::keep(&result);
 }
 
 }  // namespace

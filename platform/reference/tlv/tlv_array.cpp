@@ -35,8 +35,8 @@ constexpr std::uint32_t kBadMessage = 74;  // EBADMSG
 constexpr std::uint32_t kEndOfArray = 61;  // ENODATA
 
 std::uint64_t padded(std::uint64_t size, std::uint32_t alignment) {
-  const std::uint64_t unit = alignment == 0 ? 1 : alignment;
-  return (size + unit - 1) / unit * unit;
+  if (alignment <= 1) return size;
+  return (size + alignment - 1) / alignment * alignment;
 }
 
 /** The bytes in use; an untouched, zeroed buffer holds an array without TLVs. */

@@ -2,11 +2,25 @@
  */
 #pragma once
 
+#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 
 namespace ficon::wire {
+
+/** A number with its bytes in network order, or back. */
+template <std::unsigned_integral T>
+constexpr T network_order(T value) {
+  if constexpr (std::endian::native == std::endian::big) {
+    return value;
+  } else if constexpr (sizeof(T) == 2) {
+    return __builtin_bswap16(value);
+  } else {
+    static_assert(sizeof(T) == 4);
+    return __builtin_bswap32(value);
+  }
+}
 
 /** Most significant byte first. */
 template <std::unsigned_integral T>
@@ -14,14 +28,13 @@ struct Big {
   std::uint8_t raw[sizeof(T)];
 
   void set(T value) {
-    for (std::size_t i = sizeof(T); i-- > 0; value = static_cast<T>(value >> 7 >> 1)) {
-      raw[i] = static_cast<std::uint8_t>(value);
-    }
+    value = network_order(value);
+    __builtin_memcpy(raw, &value, sizeof value);
   }
   T get() const {
-    T value = 0;
-    for (const std::uint8_t byte : raw) value = static_cast<T>(value << 7 << 1 | byte);
-    return value;
+    T value;
+    __builtin_memcpy(&value, raw, sizeof value);
+    return network_order(value);
   }
 };
 
