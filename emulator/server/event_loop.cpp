@@ -182,6 +182,8 @@ void EventLoop::read(Connection& connection) {
     switch (connection.read(buffer_, message, reason)) {
       case Connection::Read::kMessage:
         service_.apply(id, std::move(message));
+        // One transaction serves many changes; without one there is nothing to share.
+        if (!service_.has_changes()) return;
         break;
       case Connection::Read::kNothing:
         return;  // if more is there, the next turn finds it

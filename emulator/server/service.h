@@ -26,6 +26,8 @@ class Service {
   Service(const std::string& store_path, SwitchOptions options, Log& log);
 
   void apply(ConnectionId from, Message request);
+  /** Whether the turn has something to commit. */
+  bool has_changes() const { return model_->touched.any(); }
   /** Commits. Throws StoreError when not even the stored state can be had any more. */
   std::vector<Reply> finish_turn();
   void connection_closed(ConnectionId connection) {
