@@ -2,16 +2,13 @@
 #include <doctest/doctest.h>
 #include <ficon_cmi.h>
 #include <platform/mts.h>
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <functional>
 #include <vector>
 
 #include "daemon_process.h"
-#include "transport/endpoint.h"
+#include "own_process.h"
 #include "wire/history.h"
 
 using namespace ficon;
@@ -21,59 +18,6 @@ namespace {
 
 constexpr std::uint32_t kVsan = 20;
 constexpr std::uint32_t kWait = 20'000;
-
-/** A handle of this process's own. */
-class Connected {
- public:
-  explicit Connected(const std::string& socket)
-      : handle_(ficon_mts_open(("unix:" + socket).c_str(), nullptr, 0)) {}
-  ~Connected() {
-    if (handle_ != nullptr) ficon_mts_close(handle_);
-  }
-  Connected(const Connected&) = delete;
-  Connected& operator=(const Connected&) = delete;
-
-  mts_handle_t get() const { return handle_; }
-
- private:
-  mts_handle_t handle_;
-};
-
-/** Runs `work` in a process of its own. */
-class Process {
- public:
-  explicit Process(const std::function<bool()>& work) : pid_(fork()) {
-    if (pid_ == 0) _exit(work() ? 0 : 1);
-  }
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
-  ~Process() {
-    if (pid_ > 0) {
-      kill(pid_, SIGKILL);
-      succeeded();
-    }
-  }
-
-  bool succeeded() {
-    int status = -1;
-    waitpid(pid_, &status, 0);
-    pid_ = -1;
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-  }
-  bool running() {
-    if (pid_ < 0) return false;
-    int status = -1;
-    if (waitpid(pid_, &status, WNOHANG) != pid_) return true;
-    pid_ = -1;
-    ok_ = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    return false;
-  }
-  bool ended_well() const { return ok_; }
-
- private:
-  pid_t pid_;
-  bool ok_ = false;
-};
 
 struct SharedDirector {
   SharedDirector() { REQUIRE(enabled()); }

@@ -19,7 +19,7 @@ struct Director {
     return tool("file show 20 " + file + " --json").json()["ports"];
   }
   std::string text_file(const std::string& text) {
-    const std::string path = directory.path("file.json");
+    std::string path = directory.path("file.json");
     std::ofstream(path) << text;
     return path;
   }

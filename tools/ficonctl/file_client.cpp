@@ -237,24 +237,26 @@ std::string character_at(const std::string& text, std::size_t at) {
   return text.substr(at, end - at);
 }
 
-bool is_printable_ascii(const std::string& character) {
-  return character.size() == 1 && character[0] >= 0x20 && character[0] < 0x7f;
+bool takes(std::uint32_t codepage, const std::string& character) {
+  std::uint8_t ebcdic[kPortNameLength];
+  const bool printable = character.size() == 1 && character[0] >= 0x20 && character[0] < 0x7f;
+  return printable && convert_ascii_portname_to_ebcdic(codepage, character.c_str(), ebcdic) == 0;
 }
 
 }  // namespace
 
 void check_port_name(Session& session, std::uint32_t vsan, const std::string& name) {
   const std::uint32_t codepage = read_vsan(session, vsan).codepage;
-  for (std::size_t at = 0; at < name.size();) {
-    const std::string character = character_at(name, at);
-    std::uint8_t ebcdic[kPortNameLength];
-    if (!is_printable_ascii(character) ||
-        convert_ascii_portname_to_ebcdic(codepage, character.c_str(), ebcdic) != 0) {
-      throw UsageError("port name \"" + name + "\": code page " + std::to_string(codepage) +
-                       " of VSAN " + std::to_string(vsan) + " takes no character '" + character +
-                       "'");
-    }
-    at += character.size();
+  std::string character;
+  std::size_t at = 0;
+  for (; at < name.size(); at += character.size()) {
+    character = character_at(name, at);
+    if (!takes(codepage, character)) break;
+  }
+  if (at < name.size()) {
+    throw UsageError("port name \"" + name + "\": code page " + std::to_string(codepage) +
+                     " of VSAN " + std::to_string(vsan) + " takes no character '" + character +
+                     "'");
   }
   if (name.size() > kPortNameLength) {
     throw UsageError("port name \"" + name + "\" is longer than 24 characters");

@@ -75,7 +75,7 @@ constexpr Cell kLegend[] = {Cell::kFree, Cell::kProhibited, Cell::kBlocked, Cell
                             Cell::kItself};
 
 std::string colored(Cell cell) {
-  const std::string symbol(1, static_cast<char>(cell));
+  std::string symbol(1, static_cast<char>(cell));
   switch (cell) {
     case Cell::kProhibited:
       return "\033[31m" + symbol + "\033[0m";

@@ -75,6 +75,10 @@ std::pair<std::string, std::string> parse_assignment(const std::string& text) {
   return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
+void refuse_empty_part(const std::string& what, const std::string& text) {
+  throw UsageError(what + " \"" + text + "\" has an empty part");
+}
+
 std::vector<std::uint32_t> expand(const std::vector<NumberRange>& ranges) {
   std::vector<std::uint32_t> numbers;
   for (const NumberRange& range : ranges) {

@@ -36,6 +36,8 @@ struct NumberRange {
   std::uint32_t last;
 };
 
+[[noreturn]] void refuse_empty_part(const std::string& what, const std::string& text);
+
 /** `10,20-23`: numbers and ranges; `parse_one` reads a single number. */
 template <class ParseOne>
 std::vector<NumberRange> parse_ranges(const std::string& text, const std::string& what,
@@ -45,7 +47,7 @@ std::vector<NumberRange> parse_ranges(const std::string& text, const std::string
   while (begin <= text.size()) {
     const std::size_t end = std::min(text.find(',', begin), text.size());
     const std::string part = text.substr(begin, end - begin);
-    if (part.empty()) throw UsageError(what + " \"" + text + "\" has an empty part");
+    if (part.empty()) refuse_empty_part(what, text);
     const std::size_t dash = part.find('-');
     const std::uint32_t first = parse_one(part.substr(0, dash));
     const std::uint32_t last = dash == std::string::npos ? first : parse_one(part.substr(dash + 1));
