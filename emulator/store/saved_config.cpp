@@ -26,7 +26,7 @@ std::string saved_config_key(std::uint8_t type) {
 
 std::pair<std::string, std::string> debug_record(std::uint32_t logging_level) {
   constexpr std::uint32_t kSet = 1;
-  return {word_of(wire::kDebugKind) + word_of(wire::kDebugFeature),
+  return {std::string(std::begin(wire::kDebugKey), std::end(wire::kDebugKey)),
           word_of(kSet) + word_of(logging_level)};
 }
 

@@ -182,15 +182,9 @@ void add_saved_config(acfg_hdl_t handle, acfg_ctx_t context, pss_store_t store, 
 void add_logging_level(acfg_hdl_t handle, pss_store_t store) {
   constexpr std::uint32_t kUnwrittenLevel = 2;
   constexpr std::uint32_t kHighestLevel = 7;
-  wire::DebugKey key{};
-  key.kind.set(wire::kDebugKind);
-  key.feature.set(wire::kDebugFeature);
   std::uint8_t value[kLineRoom] = {};
   std::uint32_t length = sizeof value;
-  if (pss2_fetch(store, reinterpret_cast<const std::uint8_t*>(&key), sizeof key, value, &length) !=
-      0) {
-    return;
-  }
+  if (pss2_fetch(store, wire::kDebugKey, sizeof wire::kDebugKey, value, &length) != 0) return;
   wire::DebugRecord record;
   if (length < sizeof record) return;
   std::memcpy(&record, value, sizeof record);

@@ -43,15 +43,8 @@ struct PortTableEntry {
 };
 static_assert(is_packed<PortTableEntry, 20>);
 
-/** The key of the debug settings: two words, in the order of the machine. */
-struct DebugKey {
-  host32 kind;
-  host32 feature;
-};
-static_assert(is_packed<DebugKey, 8>);
-
-inline constexpr std::uint32_t kDebugKind = 2;
-inline constexpr std::uint32_t kDebugFeature = 0x64000000;
+/** The key of the debug settings, the same bytes on every machine. */
+inline constexpr std::uint8_t kDebugKey[8] = {2, 0, 0, 0, 0, 0, 0, 0x64};
 
 struct DebugRecord {
   host32 is_set;  // 1
