@@ -1,7 +1,5 @@
 #include "model/configuration_file.h"
 
-#include <utility>
-
 namespace ficon::emulator {
 
 FcdStatus check_port_address(std::uint32_t address) {
@@ -63,15 +61,6 @@ void ConfigurationFile::prohibit_all() {
   for (std::uint32_t address = 0; address <= kLastUsablePortAddress; ++address) {
     ports_[address].prohibited = usable;
     ports_[address].prohibited.reset(address);
-  }
-}
-
-void ConfigurationFile::swap_ports(std::uint32_t first, std::uint32_t second) {
-  std::swap(ports_[first], ports_[second]);
-  for (PortSettings& port : ports_) {
-    const bool to_first = port.prohibited[first];
-    port.prohibited[first] = port.prohibited[second];
-    port.prohibited[second] = to_first;
   }
 }
 

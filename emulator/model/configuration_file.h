@@ -59,8 +59,6 @@ class ConfigurationFile {
   FcdStatus change_prohibited(std::uint32_t address, std::uint32_t how, const PortSet& mask);
   /** Prohibits every pair of usable ports: what new files begin with where that is the default. */
   void prohibit_all();
-  /** Exchanges the settings of two ports, and their places in the masks of all others. */
-  void swap_ports(std::uint32_t first, std::uint32_t second);
 
   /** Puts back stored settings of one port; no rule is asked. */
   void restore_port(std::uint32_t address, const PortSettings& settings) {

@@ -68,28 +68,6 @@ TEST_CASE("a port cannot be prohibited to itself") {
   CHECK(file.change_prohibited(5, 0, PortSet().set(5)) == FcdStatus::kProhibitsItself);
 }
 
-TEST_CASE("a swap carries settings and masks, and swapping again undoes it") {
-  ConfigurationFile file;
-  REQUIRE(file.set_blocked(1, 1) == FcdStatus::kDone);
-  PortName name = no_port_name();
-  name[0] = 0xc1;
-  REQUIRE(file.set_name(1, name) == FcdStatus::kDone);
-  REQUIRE(file.change_prohibited(1, 0, PortSet().set(2).set(9)) == FcdStatus::kDone);
-  const ConfigurationFile before = file;
-
-  file.swap_ports(1, 2);
-  CHECK(file.port(2).blocked);
-  CHECK(file.port(2).name == name);
-  CHECK(file.port(2).prohibited == PortSet().set(1).set(9));
-  CHECK_FALSE(file.port(1).blocked);
-  CHECK(file.port(1).prohibited == PortSet().set(2));
-  CHECK(file.port(9).prohibited == PortSet().set(2));
-  CHECK(file.is_consistent());
-
-  file.swap_ports(1, 2);
-  CHECK(file == before);
-}
-
 TEST_CASE("prohibiting all leaves no usable pair, and the control unit port alone") {
   ConfigurationFile file;
   file.prohibit_all();
