@@ -18,8 +18,9 @@ constexpr std::size_t kNoNotes = 14622;  // magic, header and 254 ports
 constexpr std::size_t kFirstPort = 144;  // 57 bytes each
 constexpr auto kBadContents = static_cast<std::uint32_t>(FcdStatus::kBadFileContents);
 
-void put(Contents& contents, std::size_t at, std::uint32_t value, int size) {
-  for (int i = size; i-- > 0; value >>= 8) contents[at + i] = static_cast<std::uint8_t>(value);
+void put(Contents& contents, std::size_t at, std::uint32_t value, std::size_t size) {
+  for (std::size_t i = size; i-- > 0; value >>= 8)
+    contents[at + i] = static_cast<std::uint8_t>(value);
 }
 
 /** As every description of the common CRC-32 has it, bit by bit. */
@@ -156,7 +157,7 @@ TEST_CASE_FIXTURE(Director, "A corrupt upload is refused whole") {
   const auto refused = [&](const Contents& contents) {
     return write(nullptr, 0, contents, contents.size()) == kBadContents && download() == before;
   };
-  for (const std::size_t at : {0, 5, 7, 11, 15, 16, 144, 14'621, 14'622, 19'999}) {
+  for (const std::size_t at : {0U, 5U, 7U, 11U, 15U, 16U, 144U, 14'621U, 14'622U, 19'999U}) {
     CAPTURE(at);
     Contents bad = good;
     bad[at] ^= 0x10;
