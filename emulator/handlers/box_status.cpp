@@ -4,6 +4,7 @@
 
 #include "wire/box_status.h"
 #include "wire/cmi_header.h"
+#include "wire/saved_config.h"
 
 namespace ficon::emulator {
 namespace {
@@ -35,7 +36,8 @@ Answer handle_box_status(const Request& request, Switch& model) {
   add_entry(reply, "history capacity", model.history.capacity());
   add_entry(reply, "maximum ports", limits.max_ports);
   add_entry(reply, "get-next type", static_cast<std::size_t>(limits.get_next_type));
-  add_entry(reply, "default MIH time-out", limits.default_mih_timeout.encoded);
+  add_entry(reply, "default MIH seconds",
+            wire::decode_mih_timeout(limits.default_mih_timeout.encoded));
   return reply;
 }
 

@@ -134,4 +134,5 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "the box status counts what there is") {
   CHECK(box["ficon feature"] == 1);
   CHECK(box["ficon vsans"] == 1);
   CHECK(box["locks held"] == 0);
+  CHECK(box["software version"] == "4.1.3");
 }

@@ -34,11 +34,20 @@ std::string label_of(const wire::BoxCount& entry) {
   return {label, strnlen(label, sizeof entry.label.raw)};
 }
 
+/** The first three numbers: release, maintenance, build. Known once the session is open. */
+std::string software_version() {
+  std::uint8_t numbers[3];
+  ficon_cmi_get_sw_version(0, numbers, sizeof numbers);
+  return std::to_string(numbers[0]) + '.' + std::to_string(numbers[1]) + '.' +
+         std::to_string(numbers[2]);
+}
+
 void show_box_status(Context& context) {
   const BoxStatus status = read_box_status(context.session);
   const auto* entries = reinterpret_cast<const wire::BoxCount*>(status.get() + 1);
-  Json json = Json::object();
+  Json json = {{"software version", software_version()}};
   Table table({"DIRECTOR", "VALUE"});
+  table.add({"software version", software_version()});
   for (std::size_t i = 0; i < status->group_count * wire::kBoxEntriesPerGroup; ++i) {
     const std::string label = label_of(entries[i]);
     if (label.empty()) continue;  // a group is filled up with empty entries
@@ -46,11 +55,7 @@ void show_box_status(Context& context) {
     json[label] = value;
     table.add({label, std::to_string(value)});
   }
-  if (table.has_rows()) {
-    context.output.show(json, table);
-  } else {
-    context.output.show(json, "the director reports no status entries");
-  }
+  context.output.show(json, table);
 }
 
 }  // namespace
