@@ -15,12 +15,13 @@
 #include <vector>
 
 #include "wire/fcd_status.h"
+#include "wire/port_plan.h"
 
 namespace ficon::emulator {
 
 inline constexpr std::size_t kPortAddresses = 256;
 inline constexpr std::uint32_t kLastUsablePortAddress = 0xfd;
-inline constexpr std::uint32_t kControlUnitPort = 0xfe;  // 0xff is no port
+using wire::kControlUnitPort;
 
 /** kDone for an address that can be blocked, named and prohibited. */
 FcdStatus check_port_address(std::uint32_t address);

@@ -28,6 +28,11 @@ std::string ranges_text(const std::vector<PortNumberRange>& ranges) {
   return text;
 }
 
+/** Short, for the history has room for 24 characters. */
+std::string short_name(NumberOwner owner) {
+  return owner == kLogicalPorts ? "logical" : name_of(owner);
+}
+
 std::string address_text(std::uint32_t address) {
   char text[12];
   std::snprintf(text, sizeof text, "%02x", address);
@@ -131,7 +136,7 @@ PlanVerdict PortOperations::reserve(const Asker& asker, NumberOwner owner,
   PlanVerdict verdict = switch_.port_plan().reserve(owner, ranges);
   if (verdict.status == FcdStatus::kDone) {
     changed(asker, Change::kPortNumbers, kPortsObject,
-            name_of(owner) + ": reserved" + ranges_text(ranges));
+            short_name(owner) + ": now" + ranges_text(ranges));
   }
   return verdict;
 }
@@ -142,7 +147,7 @@ PlanVerdict PortOperations::release(const Asker& asker, NumberOwner owner,
   PlanVerdict verdict = switch_.port_plan().release(owner, ranges);
   if (verdict.status == FcdStatus::kDone) {
     changed(asker, Change::kPortNumbers, kPortsObject,
-            name_of(owner) + ": released" + (ranges.empty() ? " all" : ranges_text(ranges)));
+            short_name(owner) + ": not" + (ranges.empty() ? " any" : ranges_text(ranges)));
   }
   return verdict;
 }
@@ -156,7 +161,7 @@ FcdStatus PortOperations::assign(const Asker& asker, if_index_t if_index, std::u
   const FcdStatus status = plan.assign(if_index, number);
   if (status == FcdStatus::kDone) {
     changed(asker, Change::kPortNumbers, kPortsObject,
-            platform::interface_name(if_index) + ": port number " + std::to_string(number));
+            std::to_string(number) + ": " + platform::interface_name(if_index));
   }
   return status;
 }
@@ -166,7 +171,7 @@ FcdStatus PortOperations::unassign(const Asker& asker, if_index_t if_index, std:
   const FcdStatus status = switch_.port_plan().unassign(if_index, number);
   if (status == FcdStatus::kDone) {
     changed(asker, Change::kPortNumbers, kPortsObject,
-            platform::interface_name(if_index) + ": no port number");
+            "none: " + platform::interface_name(if_index));
   }
   return status;
 }
@@ -211,8 +216,7 @@ FcdStatus PortOperations::swap(const Asker& asker, std::uint32_t first, std::uin
   plan.swap_addresses(first_address, second_address);
   done = {plan.interface_of(first), plan.interface_of(second)};
   changed(asker, Change::kPortSwap, kPortsObject,
-          address_text(first_address) + " now " + platform::interface_name(done.second) + ", " +
-              address_text(second_address) + " now " + platform::interface_name(done.first));
+          "addresses " + address_text(first_address) + " and " + address_text(second_address));
   return FcdStatus::kDone;
 }
 

@@ -169,7 +169,7 @@ TEST_CASE_FIXTURE(Small,
   CHECK(model.find_vsan(20)->key_counter == before + 1);
   CHECK(model.history.last_position() == position + 1);
   CHECK(model.history.at(position + 1)->change == Change::kPortSwap);
-  CHECK(model.history.at(position + 1)->detail == "01 now fc3/3, 06 now fc1/2");
+  CHECK(model.history.at(position + 1)->detail == "addresses 01 and 06");
   REQUIRE(ports.swap(kOperator, 1, 6, done) == FcdStatus::kDone);
   CHECK(model.port_identity(1).if_index == fc(1, 2));
   CHECK(model.port_identity(6).if_index == fc(3, 3));

@@ -1,5 +1,7 @@
 #include <doctest/doctest.h>
 
+#include <filesystem>
+
 #include "daemon_process.h"
 #include "tool_process.h"
 
@@ -19,9 +21,9 @@ TEST_CASE_FIXTURE(EmbeddedSwitch,
   const auto range = tool("portmap show --range 45-46,300 --json");
   CHECK(range.status == 2);  // this switch has 256 port numbers
   CHECK(tool("portmap show --range 45-46").out ==
-        "POSITION  NUMBER  ADDRESS  INTERFACE  IF-INDEX    STATE\n"
-        "-         45      2d       fc1/46     0x0100002d  failed\n"
-        "-         46      2e       fc1/47     0x0100002e  inter-switch\n");
+        "NUMBER  ADDRESS  INTERFACE  IF-INDEX    STATE\n"
+        "45      2d       fc1/46     0x0100002d  failed\n"
+        "46      2e       fc1/47     0x0100002e  inter-switch\n");
   const auto module = tool("portmap show --module 2 --json").json();
   REQUIRE(module.size() == 48);
   CHECK(module[36]["position"] == 100);  // of the second request
@@ -30,7 +32,9 @@ TEST_CASE_FIXTURE(EmbeddedSwitch,
   CHECK(module[36]["state"] == "shut down");
   CHECK(tool("portmap show --logical --json").json().size() == 10);
   CHECK(tool("portmap show --json").json().size() == 4 * 48);
-  CHECK(tool("portmap show --module 4").status == 1);  // an empty slot
+  const Result empty = tool("portmap show --module 4");
+  CHECK(empty.status == 1);
+  CHECK(contains(empty.err, "port map of module 4: the chassis has no such module"));
 }
 
 TEST_CASE_FIXTURE(EmbeddedSwitch, "a module is drawn, and one without ports is refused") {
@@ -69,8 +73,26 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "a swap is shown, made, and undone by the same
   CHECK(interface_at_01() == "fc2/13");
   CHECK(tool("port swap fc1/2 fc2/13").status == 0);
   CHECK(interface_at_01() == "fc1/2");
-  CHECK(tool("port swap 1 240").status == 1);  // no interface
-  CHECK(interface_at_01() == "fc1/2");
+}
+
+TEST_CASE_FIXTURE(EmbeddedSwitch, "a swap is refused with its reason, and so is its dry run") {
+  REQUIRE(tool("port bind 2a --number none").status == 0);
+  struct Case {
+    const char* ports;
+    const char* name;
+  };
+  for (const Case& refused :
+       {Case{"1 1", "same-port"}, Case{"fc1/2 1", "same-port"}, Case{"1 240", "port-not-installed"},
+        Case{"250 1", "port-not-installed"}, Case{"fc4/1 1", "port-not-installed"},
+        Case{"1 254", "control-unit-port"}, Case{"42 1", "port-without-address"}}) {
+    for (const char* how : {" --json", " --dry-run --json"}) {
+      const Result result = tool(std::string("port swap ") + refused.ports + how);
+      CHECK(result.status == 1);
+      CHECK_MESSAGE(contains(result.out, std::string("\"name\": \"") + refused.name + '"'),
+                    std::string(refused.ports), std::string(how), result.out);
+    }
+  }
+  CHECK(tool("port find --address 01 --json").json()["interface"] == "fc1/2");
 }
 
 TEST_CASE_FIXTURE(EmbeddedSwitch, "a refused reservation names the number that collides") {
@@ -85,6 +107,10 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "a refused reservation names the number that c
 }
 
 TEST_CASE_FIXTURE(EmbeddedSwitch, "a logical interface gets its number and its port address") {
+  CHECK(tool("port bind f5").err ==
+        "ficonctl: say what to bind the port address to: --if or --number\n"
+        "  try: ficonctl port bind --help\n");
+  CHECK(contains(tool("portnumber assign fc4/1 3").err, "no-such-"));
   CHECK(tool("portnumber assign fcip3 245").status == 0);
   CHECK(tool("port bind f5 --number none").status == 0);
   CHECK(tool("port bind aa --if fcip3").status == 0);
@@ -101,4 +127,22 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "prohibit settings are kept") {
   CHECK(tool("acl set on").status == 0);
   CHECK(tool("acl get").out == "acl-not-fcid: on\n");
   CHECK(tool("acl downgrade").out == "acl-not-fcid: off\n");
+}
+
+TEST_CASE_FIXTURE(EmbeddedSwitch, "the largest chassis: port numbers to 1279, every module whole") {
+  std::filesystem::copy_file(FICON_CHASSIS_EXAMPLES "/full-director.toml",
+                             directory.path("chassis.toml"));
+  CHECK(tool("portnumber reserve --module 16 960-1023").status == 0);
+  const auto module = tool("portmap show --module 16 --json").json();
+  REQUIRE(module.size() == 64);
+  CHECK(module[63]["position"] == 1023);
+  const auto numbers = tool("portmap show --range 959-961,1279 --json").json();
+  REQUIRE(numbers.size() == 4);
+  CHECK(numbers[0]["interface"].is_null());
+  CHECK(numbers[1]["port-number"] == 960);
+  CHECK(numbers[1]["interface"].is_null());  // a number without a port address is not in the map
+  CHECK(tool("port bind f0 --number none").status == 0);
+  CHECK(tool("port bind f0 --number 960").status == 0);
+  CHECK(tool("portmap show --range 960 --json").json()[0]["interface"] == "fc16/1");
+  CHECK(tool("portmap show --range 1280").status == 2);
 }

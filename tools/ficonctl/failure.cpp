@@ -10,6 +10,7 @@
 namespace ficon::ctl {
 namespace {
 
+constexpr std::uint32_t kNoSuchDevice = 19;
 constexpr std::uint32_t kMessageTooLong = 90;
 constexpr std::uint32_t kLargestErrorNumber = 4095;
 
@@ -29,6 +30,10 @@ Failure failure_of(std::uint32_t status, const std::string& what, const std::str
   if (status == status::kSendFailed) {
     return {status, "send-failed", what + ": the request could not be sent",
             "repeat the command with --verbose"};
+  }
+  if (status == kNoSuchDevice) {
+    return {status, "no-such-device", what + ": the chassis has no such module or interface",
+            "`ficonctl portmap show` lists what there is"};
   }
   if (status == kMessageTooLong) {
     return {status, "message-too-long", what + ": the message is larger than the transport takes",

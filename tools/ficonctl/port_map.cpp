@@ -16,8 +16,8 @@ namespace {
 constexpr std::uint32_t kNumbersAtOnce = 256;
 constexpr std::uint32_t kEntriesAtOnce = 36;
 
-void check(Session& session, std::uint32_t status) {
-  if (status != 0) throw session.failure(status, "cannot read the port map");
+void check(Session& session, std::uint32_t status, const std::string& what) {
+  if (status != 0) throw session.failure(status, "cannot read the port map of " + what);
 }
 
 std::optional<std::uint32_t> byte_or_none(std::uint8_t byte) {
@@ -27,14 +27,17 @@ std::optional<std::uint32_t> byte_or_none(std::uint8_t byte) {
 /** A block of positions, read from its begin in spans of what an answer holds. */
 std::vector<MappedPort> read_positions(Session& session, std::uint32_t module, bool logical,
                                        std::uint32_t first, std::uint32_t count) {
+  const std::string what = logical ? "the logical ports" : "module " + std::to_string(module);
   std::vector<MappedPort> ports;
   while (ports.size() < count) {
     std::array<ficon_cmi_portmap_entry_t, kEntriesAtOnce> entries{};
     std::uint32_t read = 0;
     const auto start = static_cast<std::uint32_t>(ports.size());
-    check(session, ficon_cmi_get_portmap_entry(session.handle(), Session::word_a(),
-                                               Session::word_b(), session.wait(), module, start,
-                                               logical ? 1 : 0, entries.data(), &read));
+    check(session,
+          ficon_cmi_get_portmap_entry(session.handle(), Session::word_a(), Session::word_b(),
+                                      session.wait(), module, start, logical ? 1 : 0,
+                                      entries.data(), &read),
+          what);
     if (read == 0 || read > kEntriesAtOnce) break;
     for (std::uint32_t i = 0; i < read; ++i) {
       const ficon_cmi_portmap_entry_t& entry = entries[i];
@@ -52,12 +55,13 @@ PortStateName state_name(std::uint8_t state) {
   constexpr PortStateName kNames[] = {
       {"inter-switch", '=', "#3b6fb6", 34}, {"failed", '!', "#c0392b", 31},
       {"offline", '.', "#b0b0b0", 90},      {"shut down", 'x', "#d9a520", 33},
-      {"online", '+', "#2e8b57", 32},       {"unknown", '?', "#ffffff", 37},
+      {"online", '+', "#2e8b57", 32},       {"unknown", '?', "#707070", 37},
   };
   return kNames[std::min<std::size_t>(state, std::size(kNames) - 1)];
 }
 
-std::uint32_t largest_port_number() {
+std::uint32_t largest_port_number(Session& session) {
+  session.handle();  // what it says of is the chassis behind the endpoint that was opened
   return ficon_cmi_get_max_portnumber();
 }
 
@@ -70,7 +74,8 @@ std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
     for (auto& entry : entries) entry = {0, wire::kNoPortByte, 0};
     check(session,
           ficon_cmi_get_portmap_full(session.handle(), Session::word_a(), Session::word_b(),
-                                     session.wait(), from, to, entries.data()));
+                                     session.wait(), from, to, entries.data()),
+          "port numbers " + std::to_string(from) + " to " + std::to_string(to));
     for (std::uint32_t i = 0; i < entries.size(); ++i) {
       ports.push_back({std::nullopt, from + i, byte_or_none(entries[i].port_address),
                        entries[i].if_index, entries[i].state});
@@ -124,11 +129,19 @@ Json to_json(const MappedPort& port) {
 }
 
 Table to_table(const std::vector<MappedPort>& ports) {
-  Table table({"POSITION", "NUMBER", "ADDRESS", "INTERFACE", "IF-INDEX", "STATE"});
+  // Ports that were asked for by number do not say where in the port table they stand.
+  const bool positions =
+      std::ranges::any_of(ports, [](const MappedPort& port) { return port.position.has_value(); });
+  std::vector<std::string> header{"NUMBER", "ADDRESS", "INTERFACE", "IF-INDEX", "STATE"};
+  if (positions) header.insert(header.begin(), "POSITION");
+  Table table(header);
   for (const MappedPort& port : ports) {
-    table.add({number_text(port.position), number_text(port.port_number),
-               port_address_text(port.port_address), interface_text(port.if_index),
-               port.if_index == 0 ? "-" : hex(port.if_index, 8), state_name(port.state).name});
+    std::vector<std::string> row{
+        number_text(port.port_number), port_address_text(port.port_address),
+        interface_text(port.if_index), port.if_index == 0 ? "-" : hex(port.if_index, 8),
+        state_name(port.state).name};
+    if (positions) row.insert(row.begin(), number_text(port.position));
+    table.add(row);
   }
   return table;
 }

@@ -29,7 +29,8 @@ struct PortStateName {
 };
 PortStateName state_name(std::uint8_t state);
 
-std::uint32_t largest_port_number();
+/** Of the chassis behind the session's endpoint. */
+std::uint32_t largest_port_number(Session& session);
 /** The port numbers from first to last, in as many requests as they need. */
 std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
                                           std::uint32_t last);

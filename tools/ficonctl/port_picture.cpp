@@ -53,6 +53,7 @@ std::string grid_of(const std::vector<MappedPort>& ports, bool color) {
         text += cell(ports[i], color);
         states.insert(ports[i].state);
       }
+      text.erase(text.find_last_not_of(' ') + 1);
       text += '\n';
     }
     text += '\n';
@@ -86,8 +87,12 @@ std::string svg_of(const std::vector<MappedPort>& ports, const std::string& titl
   }
   for (std::uint8_t state = 0; state <= 5; ++state) {
     const PortStateName name = state_name(state);
-    svg += "<text x=\"" + std::to_string(60 + state * 130) + "\" y=\"" + std::to_string(legend) +
-           "\" font-size=\"13\">" + name.symbol + " " + name.name + "</text>\n";
+    const std::size_t x = 12 + state * std::size_t{130};
+    svg += "<rect x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(legend - 11) +
+           "\" width=\"12\" height=\"12\" fill=\"" + name.color + "\"/><text x=\"" +
+           std::to_string(x + 18) + "\" y=\"" + std::to_string(legend) +
+           "\" font-size=\"13\" text-anchor=\"start\">" + name.symbol + " " + name.name +
+           "</text>\n";
   }
   return svg + "</svg>\n";
 }

@@ -4,6 +4,8 @@
 #include "parse.h"
 #include "port_map.h"
 #include "port_table.h"
+#include "wire/fcd_status.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 namespace {
@@ -18,8 +20,8 @@ struct Arguments {
   bool dry_run = false;
 };
 
-std::uint32_t parse_port_number(const std::string& text) {
-  return parse_number(text, 0, largest_port_number(), "port number");
+std::uint32_t parse_port_number(Session& session, const std::string& text) {
+  return parse_number(text, 0, largest_port_number(session), "port number");
 }
 
 MappedPort mapped(if_index_t if_index, std::uint16_t port_number, std::uint16_t port_address) {
@@ -43,7 +45,7 @@ void find(Context& context, const Arguments& arguments) {
   std::uint32_t fcid = 0;
   if (!arguments.interface.empty()) keys.if_index = parse_interface_name(arguments.interface);
   if (!arguments.number.empty()) {
-    keys.number = static_cast<std::uint16_t>(parse_port_number(arguments.number));
+    keys.number = static_cast<std::uint16_t>(parse_port_number(session, arguments.number));
   }
   if (!arguments.address.empty()) {
     keys.address =
@@ -76,19 +78,21 @@ void find(Context& context, const Arguments& arguments) {
                 (fcid == 0 ? "-" : hex(fcid, 6)) + ", " + state_name(port.state).name);
 }
 
-/** A port of a swap, by number or interface name. */
+/** A port of a swap, by number or interface name; as much of it as there is. */
 MappedPort read_port(Session& session, const std::string& text) {
   constexpr std::uint32_t kExact = 1;
   Keys keys;
   if (text.find_first_not_of("0123456789") == std::string::npos) {
-    keys.number = static_cast<std::uint16_t>(parse_port_number(text));
+    keys.number = static_cast<std::uint16_t>(parse_port_number(session, text));
   } else {
     keys.if_index = parse_interface_name(text);
   }
   const std::uint32_t status =
       ficon_send_get_portmap(session.handle(), Session::word_a(), Session::word_b(), session.wait(),
                              kExact, 0, &keys.if_index, &keys.number, &keys.address);
-  if (status != 0) throw session.failure(status, "cannot find port " + text);
+  if (status != 0 && status != static_cast<std::uint32_t>(FcdStatus::kNoSuchPort)) {
+    throw session.failure(status, "cannot find port " + text);
+  }
   return mapped(keys.if_index, keys.number, keys.address);
 }
 
@@ -99,10 +103,30 @@ std::string move_text(const MappedPort& from, const MappedPort& to, const char* 
          ")";
 }
 
+FcdStatus check_swappable(const MappedPort& port) {
+  if (port.port_number == wire::kControlUnitPort) return FcdStatus::kControlUnitPort;
+  if (port.if_index == 0 || !port.port_number) return FcdStatus::kPortNotInstalled;
+  return port.port_address ? FcdStatus::kDone : FcdStatus::kPortWithoutAddress;
+}
+
+/** Refuses what the daemon would, so that a dry run says no where the swap itself does. */
+void require_swappable(Session& session, const Arguments& arguments, const MappedPort& first,
+                       const MappedPort& second) {
+  if (first.port_number == second.port_number && first.if_index == second.if_index) {
+    throw session.failure(status::kSamePort, "cannot swap the ports");
+  }
+  for (const MappedPort* port : {&first, &second}) {
+    const std::string& text = port == &first ? arguments.first : arguments.second;
+    const auto status = static_cast<std::uint32_t>(check_swappable(*port));
+    if (status != 0) throw session.failure(status, "cannot swap port " + text);
+  }
+}
+
 void swap(Context& context, const Arguments& arguments) {
   Session& session = context.session;
   const MappedPort first = read_port(session, arguments.first);
   const MappedPort second = read_port(session, arguments.second);
+  require_swappable(session, arguments, first, second);
   if (!arguments.dry_run) {
     ficon_cmi_swap_reply_t* record = nullptr;
     session.require("cannot swap the ports", ficon_cmi_swap_port,
@@ -127,12 +151,15 @@ void bind(Context& context, const Arguments& arguments) {
   const auto address =
       static_cast<std::uint16_t>(parse_hex(arguments.address, kLastPortAddress, "port address"));
   const std::string text = address_text(address);
+  if (arguments.interface.empty() && arguments.number.empty()) {
+    throw UsageError("say what to bind the port address to: --if or --number");
+  }
   if (!arguments.interface.empty()) {
     session.require("cannot bind port address " + text, ficon_cmi_set_pa_if, address,
                     parse_interface_name(arguments.interface));
   } else {
     const std::uint32_t number =
-        arguments.number == "none" ? kNoPortNumber : parse_port_number(arguments.number);
+        arguments.number == "none" ? kNoPortNumber : parse_port_number(session, arguments.number);
     session.require("cannot bind port address " + text, ficon_cmi_set_pa_pn, address,
                     static_cast<std::uint16_t>(number));
   }
@@ -169,7 +196,6 @@ void register_port_swap(CLI::App& app, Context& context) {
   auto* to_number =
       binding.add_option("--number", arguments->number, "Port number, or none to free the address");
   to_interface->excludes(to_number);
-  binding.require_option(2);
 }
 
 }  // namespace ficon::ctl

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <map>
 
+#include "wire/port_plan.h"
+
 namespace ficon::ctl {
 namespace {
 
@@ -23,7 +25,7 @@ void compare_prohibits(std::vector<std::string>& lines, const std::string& addre
 std::vector<std::uint32_t> parse_port_addresses(const std::string& text) {
   return expand(parse_ranges(text, "port addresses", [](const std::string& part) {
     const std::uint32_t address = parse_hex(part, 0xff, "port address");
-    if (address == 0xfe) {
+    if (address == wire::kControlUnitPort) {
       throw UsageError("port address fe is the control unit port: it cannot be changed");
     }
     if (address > kLastPortAddress) throw UsageError("port address ff is no port; use 00 to fd");

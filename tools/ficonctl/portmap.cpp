@@ -19,7 +19,7 @@ std::uint32_t parse_module(const std::string& text) {
 }
 
 std::vector<MappedPort> read_range(Session& session, const std::string& text) {
-  const std::uint32_t last = largest_port_number();
+  const std::uint32_t last = largest_port_number(session);
   std::vector<MappedPort> ports;
   for (const NumberRange& range : parse_ranges(text, "range", [&](const std::string& part) {
          return parse_number(part, 0, last, "port number");
@@ -41,7 +41,7 @@ void show(Context& context, const Arguments& arguments) {
   } else if (!arguments.range.empty()) {
     ports = read_range(session, arguments.range);
   } else {
-    ports = with_interface(read_port_numbers(session, 0, largest_port_number()));
+    ports = with_interface(read_port_numbers(session, 0, largest_port_number(session)));
   }
   Json json = Json::array();
   for (const MappedPort& port : ports) json.push_back(to_json(port));

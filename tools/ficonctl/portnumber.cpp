@@ -90,8 +90,8 @@ void change(Context& context, const Arguments& arguments, const Operation& opera
   const std::uint32_t module = owner_in(arguments);
   Reservation ranges;
   if (!arguments.ranges.empty()) {
-    const auto parse_one = [](const std::string& part) {
-      return parse_number(part, 0, largest_port_number(), "port number");
+    const auto parse_one = [&](const std::string& part) {
+      return parse_number(part, 0, largest_port_number(context.session), "port number");
     };
     for (const NumberRange& range : parse_ranges(arguments.ranges, "ranges", parse_one)) {
       const auto at = static_cast<std::size_t>(ranges.count);
@@ -108,12 +108,12 @@ void change(Context& context, const Arguments& arguments, const Operation& opera
 }
 
 void assign(Context& context, const Arguments& arguments) {
+  Session& session = context.session;
   const bool none = arguments.number == "none";
   const std::uint32_t number =
       none ? kNoPortNumber
-           : parse_number(arguments.number, 0, largest_port_number(), "port number");
+           : parse_number(arguments.number, 0, largest_port_number(session), "port number");
   const std::uint8_t operation = none ? wire::kReleasePortNumber : wire::kAssignPortNumber;
-  Session& session = context.session;
   const std::uint32_t status =
       ficon_cmi_set_portnum(session.handle(), operation, parse_interface_name(arguments.interface),
                             number, session.wait());

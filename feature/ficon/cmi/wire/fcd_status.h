@@ -225,7 +225,7 @@ inline constexpr FcdStatusText kFcdStatusTexts[] = {
     {FcdStatus::kNoSuchInterface, "no-such-interface", "the chassis has no such interface",
      "look at the port map for the interfaces that there are"},
     {FcdStatus::kPortNotInstalled, "port-not-installed", "the port is not installed",
-     "swap ports that are installed both"},
+     "swap two ports that are both installed"},
     {FcdStatus::kSamePort, "same-port", "both ports of the swap are the same", "name two ports"},
     {FcdStatus::kAutoCreatedPort, "auto-created-port",
      "the port channel was created by the system and takes no port number",

@@ -16,5 +16,7 @@ inline constexpr std::uint32_t kPortPositions = kFirstLogicalPort + kLogicalPort
 /** In a 16-bit port number or port address: none. One-byte fields say it with kNoPortByte. */
 inline constexpr std::uint16_t kNoPort = 512;
 inline constexpr std::uint8_t kNoPortByte = 0xff;
+/** The control unit port's number and its address: fcd's own, which no operation moves. */
+inline constexpr std::uint32_t kControlUnitPort = 0xfe;
 
 }  // namespace ficon::wire
