@@ -1,5 +1,6 @@
 #include "model/file_edits.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ficon::emulator {
@@ -30,6 +31,11 @@ FileKey FileEdits::key_of(VsanNumber vsan, const FileName& name, ConnectionId co
     if (edit.vsan == vsan && edit.name == name && edit.editor.connection == connection) return key;
   }
   return 0;
+}
+
+std::size_t FileEdits::creating(VsanNumber vsan) const {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      edits_, [&](const auto& edit) { return edit.second.vsan == vsan && edit.second.creates; }));
 }
 
 void FileEdits::connection_closed(ConnectionId connection) {

@@ -37,6 +37,8 @@ class FileEdits {
   const FileEdit* editing(VsanNumber vsan, const FileName& name) const;
   /** The key of a connection's own edit of a file; 0 when it has none. */
   FileKey key_of(VsanNumber vsan, const FileName& name, ConnectionId connection) const;
+  /** How many edits are to create a file in a VSAN. */
+  std::size_t creating(VsanNumber vsan) const;
   void close(FileKey key) { edits_.erase(key); }
 
   void connection_closed(ConnectionId connection);

@@ -51,8 +51,10 @@ FcdStatus FileOperations::open(std::uint32_t number, const Asker& asker, const F
   if (const FcdStatus refused = check_writable(vsan, name); refused != FcdStatus::kDone) {
     return refused;
   }
-  if (!has_room_for(vsan, name)) return FcdStatus::kTooManyFiles;
   const ConfigurationFile* file = find_file(vsan, name);
+  // Files to be count too, or a client could open as many as memory has room for.
+  const std::size_t to_be = vsan.files.named.size() + switch_.sessions.edits.creating(vsan.number);
+  if (file == nullptr && to_be >= switch_.options().max_files) return FcdStatus::kTooManyFiles;
   key = switch_.sessions.edits.open({.vsan = vsan.number,
                                      .name = name,
                                      .original = name,

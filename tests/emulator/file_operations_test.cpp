@@ -153,6 +153,19 @@ TEST_CASE("the number of files is bounded") {
   CHECK(d.files.copy(kVsanNumber, kAlice, kIplFile, kTest) == FcdStatus::kTooManyFiles);
 }
 
+TEST_CASE("files that edits are to create count as files") {
+  Director d;
+  FileName name = kProd;
+  for (const std::uint8_t digit : std::array<std::uint8_t, 3>{0xf1, 0xf2, 0xf3}) {
+    name[4] = digit;
+    d.open(kAlice, name);
+  }
+  FileKey key = 0;
+  CHECK(d.files.open(kVsanNumber, kBob, kTest, key) == FcdStatus::kTooManyFiles);
+  d.director.sessions.connection_closed(kAlice.connection);
+  CHECK(d.files.open(kVsanNumber, kBob, kTest, key) == FcdStatus::kDone);
+}
+
 TEST_CASE("a refused request changes nothing of an edit") {
   Director d;
   const FileKey key = d.open(kAlice, kProd);
