@@ -1,7 +1,5 @@
 #include "server/assembler.h"
 
-#include "protocol/frame.h"
-
 namespace ficon::emulator {
 
 using platform::FrameHeader;
@@ -40,29 +38,18 @@ std::optional<Message> Assembler::completed() {
   return std::move(message_);
 }
 
-std::vector<Bytes> frames_of(const Message& reply) {
-  FrameHeader header{};
-  header.magic.set(platform::kFrameMagic);
-  header.version.set(platform::kFrameVersion);
-  header.kind.set(static_cast<std::uint16_t>(FrameKind::kReply));
-  header.token.set(reply.token);
-  header.node.set(reply.node);
-  header.sap.set(reply.sap);
-  header.opcode.set(reply.opcode);
-  header.total.set(static_cast<std::uint32_t>(reply.payload.size()));
-  std::vector<Bytes> frames;
-  std::size_t sent = 0;
-  do {
-    const std::size_t piece =
-        std::min<std::size_t>(reply.payload.size() - sent, platform::kFramePayload);
-    header.offset.set(static_cast<std::uint32_t>(sent));
-    Bytes frame = to_bytes(header);
-    const auto from = reply.payload.begin() + static_cast<std::ptrdiff_t>(sent);
-    frame.insert(frame.end(), from, from + static_cast<std::ptrdiff_t>(piece));
-    frames.push_back(std::move(frame));
-    sent += piece;
-  } while (sent < reply.payload.size());
-  return frames;
+FrameHeader reply_head(const Message& reply, std::size_t offset) {
+  FrameHeader head{};
+  head.magic.set(platform::kFrameMagic);
+  head.version.set(platform::kFrameVersion);
+  head.kind.set(static_cast<std::uint16_t>(FrameKind::kReply));
+  head.token.set(reply.token);
+  head.node.set(reply.node);
+  head.sap.set(reply.sap);
+  head.opcode.set(reply.opcode);
+  head.total.set(static_cast<std::uint32_t>(reply.payload.size()));
+  head.offset.set(static_cast<std::uint32_t>(offset));
+  return head;
 }
 
 }  // namespace ficon::emulator

@@ -1,9 +1,9 @@
-/** Puts the frames of a connection together into messages, and takes replies apart into frames. */
+/** Puts the frames of a connection together into messages, and says what heads those of a reply. */
 #pragma once
 
 #include <optional>
-#include <vector>
 
+#include "protocol/frame.h"
 #include "server/message.h"
 
 namespace ficon::emulator {
@@ -29,7 +29,7 @@ class Assembler {
   Message message_;
 };
 
-/** The packets of a reply. */
-std::vector<Bytes> frames_of(const Message& reply);
+/** The head of the frame that carries a reply's payload from `offset` on. */
+platform::FrameHeader reply_head(const Message& reply, std::size_t offset);
 
 }  // namespace ficon::emulator

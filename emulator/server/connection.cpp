@@ -1,8 +1,10 @@
 #include "server/connection.h"
 
 #include <sys/socket.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace ficon::emulator {
@@ -31,24 +33,36 @@ Connection::Read Connection::read(std::span<std::uint8_t> buffer, Message& messa
   return Read::kMessage;
 }
 
-bool Connection::queue(const Message& reply) {
-  for (Bytes& frame : frames_of(reply)) {
-    queued_ += frame.size();
-    waiting_.push_back(std::move(frame));
-  }
+bool Connection::queue(Message reply) {
+  queued_ += reply.payload.size();
+  waiting_.push_back(std::move(reply));
   return flush() && queued_ <= queued_limit_;
 }
 
 bool Connection::flush() {
   while (!waiting_.empty()) {
-    const Bytes& frame = waiting_.front();
-    if (send(fd_, frame.data(), frame.size(), MSG_DONTWAIT | MSG_NOSIGNAL) < 0) {
-      if (errno == EINTR) continue;
-      return errno == EAGAIN || errno == ENOBUFS;
-    }
-    queued_ -= frame.size();
-    waiting_.pop_front();
+    if (send_frame()) continue;
+    if (errno == EINTR) continue;
+    return errno == EAGAIN || errno == ENOBUFS;
   }
+  return true;
+}
+
+/** The next frame of the first reply, straight from its payload. */
+bool Connection::send_frame() {
+  Bytes& payload = waiting_.front().payload;
+  platform::FrameHeader head = reply_head(waiting_.front(), sent_);
+  const std::size_t piece = std::min<std::size_t>(payload.size() - sent_, platform::kFramePayload);
+  iovec parts[] = {{&head, sizeof head}, {payload.data() + sent_, piece}};
+  msghdr packet{};
+  packet.msg_iov = parts;
+  packet.msg_iovlen = std::size(parts);
+  if (sendmsg(fd_, &packet, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) return false;
+  sent_ += piece;
+  if (sent_ < payload.size()) return true;
+  queued_ -= payload.size();
+  waiting_.pop_front();
+  sent_ = 0;
   return true;
 }
 

@@ -25,7 +25,7 @@ class Connection {
   Read read(std::span<std::uint8_t> buffer, Message& message, const char*& reason);
 
   /** Takes a reply for sending. False: the client has too much waiting already. */
-  bool queue(const Message& reply);
+  bool queue(Message reply);
   /** Sends what the socket takes. False: the connection is gone. */
   bool flush();
   bool has_waiting() const { return !waiting_.empty(); }
@@ -33,12 +33,15 @@ class Connection {
   bool watched_for_writing = false;
 
  private:
+  bool send_frame();
+
   ConnectionId id_;
   int fd_;
   std::size_t queued_limit_;
   std::size_t queued_ = 0;
   Assembler assembler_;
-  std::deque<Bytes> waiting_;
+  std::deque<Message> waiting_;
+  std::size_t sent_ = 0;  // bytes of the first one's payload
 };
 
 }  // namespace ficon::emulator

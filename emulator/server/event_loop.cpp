@@ -196,11 +196,11 @@ void EventLoop::read(Connection& connection) {
 }
 
 void EventLoop::finish_turn() {
-  for (const Service::Reply& reply : service_.finish_turn()) {
+  for (Service::Reply& reply : service_.finish_turn()) {
     const auto place = connections_.find(reply.to);
     if (place == connections_.end()) continue;  // it left; what it changed stays
     Connection& connection = *place->second;
-    if (connection.queue(reply.message)) {
+    if (connection.queue(std::move(reply.message))) {
       update_watch(connection);
     } else {
       drop(reply.to, connection.has_waiting() ? "it does not take its replies" : nullptr);
