@@ -156,6 +156,16 @@ TEST_CASE("chassis: what is no TOML is told with line and column") {
   CHECK(refusal(std::string(1000, '[')).starts_with("test:1:"));
 }
 
+TEST_CASE("chassis: letters beyond ASCII stand in lines of comments alone") {
+  CHECK(read("\xef\xbb\xbf# f\u00fcr die Halle\nslots = 1\n  # K\u00f6ln").slots == 1);
+  const std::string sentence = "a letter beyond ASCII; only lines that are comments may have some";
+  CHECK(refusal("slots = 1\n\u00f6 = 1") == "test:2:1: " + sentence);
+  CHECK(refusal("\uff3d") == "test:1:1: " + sentence);
+  CHECK(refusal("slots = 1  # f\u00fcr") == "test:1:15: " + sentence);
+  CHECK(refusal("name = \"K\u00f6ln\"") == "test:1:10: " + sentence);
+  CHECK(refusal("name = \"\"\"\n# \\\u00f6\"\"\"") == "test:2:4: " + sentence);
+}
+
 TEST_CASE("chassis: noise is refused, and much of it unread") {
   std::mt19937 random(20261121);
   for (int round = 0; round < 200; ++round) {

@@ -300,11 +300,53 @@ std::string placed(const std::string& name, const toml::source_region& where,
          ": " + std::string(what);
 }
 
+bool is_ascii(char c) {
+  return static_cast<unsigned char>(c) < 0x80;
+}
+
+/**
+ * Where a letter beyond ASCII stands outside of the lines that are comments; npos when nowhere.
+ * The parser asks its tables whether such a letter is a blank; for many they have no answer, and
+ * what it does then is undefined. In a string of several lines even a comment's line is none.
+ */
+std::size_t find_letter(std::string_view text) {
+  const bool long_strings =
+      text.find("\"\"\"") != std::string_view::npos || text.find("'''") != std::string_view::npos;
+  constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+  std::size_t begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+  while (begin < text.size()) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const std::string_view line = text.substr(begin, end - begin);
+    const std::size_t word = line.find_first_not_of(" \t");
+    const bool comment = word != std::string_view::npos && line[word] == '#' && !long_strings;
+    const auto letter = std::find_if_not(line.begin(), line.end(), is_ascii);
+    if (!comment && letter != line.end()) {
+      return begin + static_cast<std::size_t>(letter - line.begin());
+    }
+    begin = end + 1;
+  }
+  return std::string_view::npos;
+}
+
+/** Throws for what the parser must not see. */
+void check_letters(std::string_view text) {
+  const std::size_t at = find_letter(text);
+  if (at == std::string_view::npos) return;
+  const std::string_view before = text.substr(0, at);
+  const auto line = std::count(before.begin(), before.end(), '\n');
+  const std::size_t column = at - (before.rfind('\n') + 1);  // npos + 1 is the first line's 0
+  toml::source_region where;
+  where.begin = {static_cast<toml::source_index>(line + 1),
+                 static_cast<toml::source_index>(column + 1)};
+  throw Problem{where, "a letter beyond ASCII; only lines that are comments may have some"};
+}
+
 }  // namespace
 
 std::optional<Chassis> read_chassis(std::string_view text, const std::string& name,
                                     std::string* error) {
   try {
+    check_letters(text);
     return read_table(toml::parse(text, name));
   } catch (const toml::parse_error& broken) {
     *error = placed(name, broken.source(), broken.description());

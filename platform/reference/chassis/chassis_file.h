@@ -24,6 +24,8 @@
  *   number = 12                    # 1 to 256
  *   auto_created = true
  *
+ * Letters beyond ASCII may stand in lines that are comments, and nowhere else.
+ *
  * Every port takes mode (auto, E, F, TE, SD, Fx; F), condition (up, offline, admin-down, failed;
  * offline), transceiver (usable, absent, unsupported; usable), vsan (1) and trunk_vsans (none).
  */
