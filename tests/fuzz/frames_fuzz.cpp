@@ -1,0 +1,75 @@
+/**
+ * The frames of a connection: whatever packets come, a message stays within the limit and is made
+ * of the pieces that came; a reply taken apart is the reply put together again.
+ */
+#include "input.h"
+#include "protocol/frame.h"
+#include "server/assembler.h"
+
+using namespace ficon::fuzz;
+using ficon::emulator::Assembler;
+using ficon::emulator::frames_of;
+using ficon::emulator::Message;
+using ficon::platform::FrameHeader;
+using ficon::platform::FrameKind;
+
+namespace {
+
+constexpr std::size_t kLimit = 3000;
+
+/** A packet of the input: as it stands, or behind a header that begins well. */
+Bytes next_packet(Input& input) {
+  const bool with_header = (input.u8() & 1) != 0;
+  if (!with_header) {
+    const ByteView raw = input.block();
+    return {raw.begin(), raw.end()};
+  }
+  FrameHeader header{};
+  header.magic.set(ficon::platform::kFrameMagic);
+  header.version.set(ficon::platform::kFrameVersion);
+  header.kind.set(static_cast<std::uint16_t>(FrameKind::kRequest));
+  header.token.set(input.u8());
+  header.total.set(input.u16());
+  header.offset.set(input.u16());
+  Bytes packet = ficon::emulator::to_bytes(header);
+  const ByteView piece = input.block();
+  packet.insert(packet.end(), piece.begin(), piece.end());
+  return packet;
+}
+
+void assemble(Input& input) {
+  Assembler assembler(kLimit);
+  std::size_t received = 0;
+  while (!input.empty()) {
+    const Bytes packet = next_packet(input);
+    if (assembler.take(packet) != nullptr) return;
+    received += packet.size() - sizeof(FrameHeader);
+    const auto message = assembler.completed();
+    if (!message) continue;
+    require(message->payload.size() <= kLimit, "a message stays within the limit");
+    require(message->payload.size() == received, "a message is made of what was received");
+    received = 0;
+  }
+}
+
+/** As the client reads it: the frames one after another. */
+void take_apart(ByteView payload) {
+  const Message reply{1, 2, 3, 4, Bytes(payload.begin(), payload.end())};
+  Bytes together;
+  for (const Bytes& frame : frames_of(reply)) {
+    const auto header = ficon::emulator::leading_record<FrameHeader>(frame);
+    require(header.offset.get() == together.size(), "frames follow one another");
+    require(header.total.get() == payload.size(), "each frame says how long the whole is");
+    together.insert(together.end(), frame.begin() + sizeof header, frame.end());
+  }
+  require(together == reply.payload, "the frames hold the reply");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  take_apart({data, size});
+  Input input({data, size});
+  assemble(input);
+  return 0;
+}
