@@ -1,6 +1,6 @@
 /**
  * The frames of a connection: whatever packets come, a message stays within the limit and is made
- * of the pieces that came; a reply taken apart is the reply put together again.
+ * of the pieces that came.
  */
 #include "input.h"
 #include "protocol/frame.h"
@@ -8,8 +8,6 @@
 
 using namespace ficon::fuzz;
 using ficon::emulator::Assembler;
-using ficon::emulator::frames_of;
-using ficon::emulator::Message;
 using ficon::platform::FrameHeader;
 using ficon::platform::FrameKind;
 
@@ -52,23 +50,9 @@ void assemble(Input& input) {
   }
 }
 
-/** As the client reads it: the frames one after another. */
-void take_apart(ByteView payload) {
-  const Message reply{1, 2, 3, 4, Bytes(payload.begin(), payload.end())};
-  Bytes together;
-  for (const Bytes& frame : frames_of(reply)) {
-    const auto header = ficon::emulator::leading_record<FrameHeader>(frame);
-    require(header.offset.get() == together.size(), "frames follow one another");
-    require(header.total.get() == payload.size(), "each frame says how long the whole is");
-    together.insert(together.end(), frame.begin() + sizeof header, frame.end());
-  }
-  require(together == reply.payload, "the frames hold the reply");
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  take_apart({data, size});
   Input input({data, size});
   assemble(input);
   return 0;
