@@ -34,9 +34,12 @@ void write_feature_record(const Switch& model, const PathParts&, SavedRecords& r
   records[saved_config_key(kFeatureRecord)] = word_of(model.feature_enabled() ? 1 : 0);
 }
 
+/** The default has no record: text that does not name it must bring it about. */
 void write_limits_record(const Switch& model, const PathParts&, SavedRecords& records) {
+  const MihTimeout timeout = model.limits().default_mih_timeout;
+  const bool is_default = timeout.encoded == SwitchLimits{}.default_mih_timeout.encoded;
   records[saved_config_key(kMihTimeoutRecord)] =
-      word_of(model.limits().default_mih_timeout.encoded);
+      is_default ? std::nullopt : std::optional(word_of(timeout.encoded));
 }
 
 void write_vsan_record(const Switch& model, const PathParts& parts, SavedRecords& records) {

@@ -10,7 +10,8 @@
 
 #include "acfg/text_service.h"
 #include "chassis/current_chassis.h"
-#include "config_text.h"
+#include "config_line.h"
+#include "failure.h"
 #include "input.h"
 #include "wire/status.h"
 
@@ -92,7 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   if (ficon_startup_acfg_gen(request.request(), request.context()) != 0) return 0;
   try {
-    ficon::ctl::parse_config(request.text.value_or(""));
+    ficon::ctl::parse_config(request.text.value_or(""), 1279);
   } catch (const ficon::ctl::UsageError&) {  // a damaged store makes lines that nobody would
   }
   return 0;

@@ -2,7 +2,7 @@
  * Everything that the tool reads as text: configuration lines, files as JSON, ranges, interface
  * names. Refused with a sentence, or understood, and then written and read again the same.
  */
-#include "config_text.h"
+#include "config_line.h"
 #include "file_text.h"
 #include "input.h"
 #include "parse.h"
@@ -13,16 +13,11 @@ using namespace ficon::ctl;
 
 namespace {
 
-/** These name more than one line of text writes, or less than one line holds. */
-bool is_one_line(const ConfigLine& line) {
-  return line.if_index == 0 && line.kind != ConfigLine::Kind::kNoSlotNumbers;
-}
-
 void read_configuration(const std::string& text) {
-  for (const ConfigLine& line : parse_config(text)) {
+  for (const ConfigLine& line : parse_config(text, 255)) {
     const std::string written = line.text();
-    if (!is_one_line(line)) continue;
-    const auto again = parse_config(written);
+    if (line.if_index != 0) continue;  // written with its interface in front, for people
+    const auto again = parse_config(written, 255);
     require(again.size() == 1 && again[0].text() == written, "a line reads as it is written");
   }
 }

@@ -3,32 +3,42 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <set>
 #include <sstream>
 
+#include "chassis/current_chassis.h"
 #include "command.h"
 #include "config_apply.h"
 #include "config_text.h"
 #include "configuration/configuration.h"
-#include "interface_index/interface_index.h"
 #include "parse.h"
+#include "port_map.h"
 
 namespace ficon::ctl {
 namespace {
 
+constexpr const char* kRunning = "running";
+constexpr const char* kStartup = "startup";
+
 struct ConfigArguments {
   std::string vsans;
   std::string interfaces;
+  std::string first = kRunning;
+  std::string second = kStartup;
   std::string path;
   bool dry_run = false;
 };
 
+/** Of this switch: a name that is no port of it would silently give no line. */
 std::vector<if_index_t> parse_interfaces(const std::string& text) {
   std::vector<if_index_t> interfaces;
   std::istringstream stream(text);
   for (std::string name; std::getline(stream, name, ',');) {
-    const auto found = platform::parse_interface(name);
-    if (!found) throw UsageError("there is no interface \"" + name + "\"; write fc2/17, fcip 3");
-    interfaces.push_back(*found);
+    const if_index_t if_index = parse_interface_name(name);
+    if (platform::current_chassis()->port(if_index) == nullptr) {
+      throw UsageError("this switch has no interface \"" + name + "\"");
+    }
+    interfaces.push_back(if_index);
   }
   return interfaces;
 }
@@ -43,6 +53,10 @@ TextScope scope_of(Context& context, const ConfigArguments& arguments) {
   return scope;
 }
 
+std::string store_of(Session& session, const std::string& which) {
+  return which == kRunning ? running_store(session) : startup_store(session);
+}
+
 std::vector<std::string> lines_of(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);
@@ -50,34 +64,54 @@ std::vector<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-void show(Context& context, const std::string& text, const char* which) {
-  const std::string shown = text.empty() ? "(the " + std::string(which) + " is empty)" : text;
-  context.output.show(Json{{which, lines_of(text)}}, shown);
+void show(Context& context, const ConfigArguments& arguments, const char* which) {
+  const TextScope scope = scope_of(context, arguments);
+  const std::string text = generate_text(context.session, store_of(context.session, which), scope);
+  context.output.show(
+      Json{{which, lines_of(text)}},
+      // A comment, so that what is printed can be applied.
+      text.empty() ? "! the " + std::string(which) + " configuration is empty" : text);
 }
 
-/** Lines of one text and not the other, an interface's with their heading. */
-std::vector<std::string> only_in(const std::string& text, const std::string& other) {
-  std::vector<std::string> known;
-  for (const ConfigLine& line : parse_config(other)) known.push_back(line.text());
+/** Lines that mean the same wherever they stand: an interface's begin with its heading. */
+std::vector<std::string> settled_lines(Session& session, const std::string& which) {
   std::vector<std::string> lines;
-  for (const ConfigLine& line : parse_config(text)) {
-    if (std::ranges::find(known, line.text()) == known.end()) lines.push_back(line.text());
+  std::string heading;
+  for (const std::string& line : lines_of(generate_text(session, store_of(session, which), {}))) {
+    const bool below = line.starts_with(' ');
+    if (!below) heading = line.starts_with("interface ") ? line + ": " : "";
+    if (below) {
+      lines.push_back(heading + line.substr(line.find_first_not_of(' ')));
+    } else if (heading.empty()) {
+      lines.push_back(line);
+    }
   }
   return lines;
 }
 
-void diff(Context& context) {
-  const TextScope all;
+std::vector<std::string> only_in(const std::vector<std::string>& lines,
+                                 const std::vector<std::string>& other) {
+  std::vector<std::string> result;
+  const std::set<std::string> known(other.begin(), other.end());
+  std::ranges::copy_if(lines, std::back_inserter(result),
+                       [&](const std::string& line) { return !known.contains(line); });
+  return result;
+}
+
+void diff(Context& context, const ConfigArguments& arguments) {
   context.session.handle();
-  const std::string running = running_text(context.session, all);
-  const std::string startup = startup_text(context.session, all);
-  const auto added = only_in(running, startup);
-  const auto removed = only_in(startup, running);
-  std::string text;
+  const auto first = settled_lines(context.session, arguments.first);
+  const auto second = settled_lines(context.session, arguments.second);
+  const auto removed = only_in(first, second);
+  const auto added = only_in(second, first);
+  std::string text = "--- " + arguments.first + "\n+++ " + arguments.second + "\n";
   for (const std::string& line : removed) text += "- " + line + "\n";
   for (const std::string& line : added) text += "+ " + line + "\n";
-  context.output.show(Json{{"only-startup", removed}, {"only-running", added}},
-                      text.empty() ? "running and startup configuration are the same" : text);
+  if (removed.empty() && added.empty()) {
+    text = arguments.first + " and " + arguments.second + " configuration are the same";
+  }
+  context.output.show(
+      Json{{"only-" + arguments.first, removed}, {"only-" + arguments.second, added}}, text);
 }
 
 void save(Context& context) {
@@ -96,19 +130,30 @@ std::string read_text(const std::string& path) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-void apply(Context& context, const ConfigArguments& arguments) {
-  const auto wanted = parse_config(read_text(arguments.path));
-  context.session.handle();
-  const auto plan = plan_config(context.session, wanted);
-  if (!arguments.dry_run) carry_out(context.session, plan);
-  std::vector<std::string> lines;
-  std::string text = arguments.dry_run ? "would apply:\n" : "applied:\n";
-  for (const ConfigLine& line : plan) {
-    lines.push_back(line.text());
-    text += "  " + line.text() + "\n";
+/** The lines that are not so yet, each once. */
+std::vector<std::string> missing_lines(const std::vector<ConfigLine>& lines,
+                                       const ConfigState& state) {
+  std::vector<std::string> missing;
+  for (const ConfigLine& line : lines) {
+    if (holds(line, state)) continue;
+    const std::string text = line.text();
+    if (std::ranges::find(missing, text) == missing.end()) missing.push_back(text);
   }
-  if (lines.empty()) text = "the running configuration is so already: nothing was changed";
-  context.output.show(Json{{"dry-run", arguments.dry_run}, {"applied", lines}}, text);
+  return missing;
+}
+
+void apply(Context& context, const ConfigArguments& arguments) {
+  const std::string text = read_text(arguments.path);
+  Session& session = context.session;
+  const auto lines = parse_config(text, largest_port_number(session));
+  const ConfigState now = read_state(session);
+  const ConfigState wanted = with_lines(now, lines);
+  const auto missing = wanted == now ? std::vector<std::string>{} : missing_lines(lines, now);
+  if (!arguments.dry_run) bring_about(session, now, wanted);
+  std::string shown = arguments.dry_run ? "would apply:\n" : "applied:\n";
+  for (const std::string& line : missing) shown += "  " + line + "\n";
+  if (missing.empty()) shown = "the running configuration is so already: nothing was changed";
+  context.output.show(Json{{"dry-run", arguments.dry_run}, {"applied", missing}}, shown);
 }
 
 }  // namespace
@@ -120,16 +165,19 @@ void register_config(CLI::App& app, Context& context) {
     action.add_option("--vsan", arguments->vsans, "VSANs: 10,20-23 (default: all)");
     action.add_option("--interface", arguments->interfaces, "Interfaces: fc2/17,fcip3");
   };
-  add_scope(add_action(object, "running", "Print the running configuration", [&context, arguments] {
-    const TextScope scope = scope_of(context, *arguments);
-    show(context, running_text(context.session, scope), "running");
-  }));
-  add_scope(add_action(object, "startup", "Print the startup configuration", [&context, arguments] {
-    const TextScope scope = scope_of(context, *arguments);
-    show(context, startup_text(context.session, scope), "startup");
-  }));
-  add_action(object, "diff", "Show how running and startup configuration differ",
-             [&context] { diff(context); });
+  add_scope(add_action(object, kRunning, "Print the running configuration",
+                       [&context, arguments] { show(context, *arguments, kRunning); }));
+  add_scope(add_action(object, kStartup, "Print the startup configuration",
+                       [&context, arguments] { show(context, *arguments, kStartup); }));
+  CLI::App& compare = add_action(object, "diff", "Show the lines in which two differ",
+                                 [&context, arguments] { diff(context, *arguments); });
+  const auto add_side = [&](const char* name, std::string& side) {
+    compare.add_option(name, side, "running or startup")
+        ->check(CLI::IsMember({kRunning, kStartup}))
+        ->capture_default_str();
+  };
+  add_side("FIRST", arguments->first);
+  add_side("SECOND", arguments->second);
   add_action(object, "save", "Make the running configuration the startup configuration",
              [&context] { save(context); });
   CLI::App& action = add_action(object, "apply", "Apply lines: all are checked before the first",

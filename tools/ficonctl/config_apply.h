@@ -1,18 +1,15 @@
-/** Applying configuration text: a plan of what differs, carried out whole or taken back. */
+/** Bringing about settings that lines of configuration ask for: all of them or none. */
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "config_text.h"
-#include "session.h"
+#include "config_state.h"
 
 namespace ficon::ctl {
 
-/** The lines of `wanted` that the running configuration does not have yet. */
-std::vector<ConfigLine> plan_config(Session& session, const std::vector<ConfigLine>& wanted);
-
-/** Carries the plan out. Where a line is refused, the lines before it are taken back. */
-void carry_out(Session& session, const std::vector<ConfigLine>& plan);
+/**
+ * Changes what differs, and nothing else. Where the daemon refuses a change, those before it are
+ * taken back and its Failure is thrown; the feature stays on, and a logging level that was never
+ * set stays set.
+ */
+void bring_about(Session& session, const ConfigState& from, const ConfigState& to);
 
 }  // namespace ficon::ctl

@@ -25,12 +25,14 @@ void show_events(Context& context) {
     throw Failure(0, "no-event-log", "no event history is kept",
                   "set FICON_EVENT_LOG to a file for the processes whose events you want");
   }
-  std::ifstream log(path);
   Json json = Json::array();
   std::string text;
-  for (std::string line; std::getline(log, line);) {
-    json.push_back(line);
-    text += line + "\n";
+  for (const std::string& file : {std::string(path) + ".1", std::string(path)}) {  // oldest first
+    std::ifstream log(file);
+    for (std::string line; std::getline(log, line);) {
+      json.push_back(line);
+      text += line + "\n";
+    }
   }
   context.output.show(json, text.empty() ? "no event was recorded" : text);
 }

@@ -1,23 +1,18 @@
 /** `ficonctl limits` and `ficonctl mihpto`: what is limited switch-wide, and the MIH time-out. */
-#include <cstring>
 #include <optional>
 
 #include "box_count.h"
 #include "command.h"
-#include "config_text.h"
+#include "mih_timeout.h"
 #include "parse.h"
-#include "wire/limits.h"
 #include "wire/saved_config.h"
 
 namespace ficon::ctl {
 namespace {
 
-using wire::MihOperation;
-
 constexpr std::uint32_t kAllPorts = 1;
 constexpr std::uint32_t kInstalledPorts = 2;
 constexpr std::uint32_t kMostPorts = 1280;
-constexpr std::uint32_t kLongestTimeout = 63'000;
 constexpr const char* kGetNextType = "getnext-type";
 constexpr const char* kMaxPorts = "max-ports";
 
@@ -67,29 +62,12 @@ void set_limits(Context& context, const std::vector<std::string>& assignments) {
   show_limits(context);
 }
 
-std::uint32_t read_timeout(Context& context, std::optional<std::uint32_t> vsan) {
-  const std::string what = vsan ? "cannot read the MIH time-out of VSAN " + std::to_string(*vsan)
-                                : "cannot read the default MIH time-out";
-  const auto operation =
-      static_cast<std::uint8_t>(vsan ? MihOperation::kGet : MihOperation::kGetDefault);
-  ficon_cmi_mihpto_rec_t reply{};
-  context.session.require(what, ficon_cmi_mihpto, operation, vsan.value_or(0), 0U, &reply);
-  wire::MihTimeout record;
-  std::memcpy(&record, &reply, sizeof record);
-  if (record.status.get() != 0) throw context.session.failure(record.status.get(), what);
-  return record.timeout.get();
-}
-
-std::string owner(std::optional<std::uint32_t> vsan) {
-  return vsan ? "the MIH time-out of VSAN " + std::to_string(*vsan) : "the default MIH time-out";
-}
-
 void show_timeout(Context& context, std::optional<std::uint32_t> vsan, std::uint32_t encoded) {
   const std::uint32_t seconds = wire::decode_mih_timeout(encoded);
   Json json{{"seconds", seconds}, {"encoded", encoded}};
   if (vsan) json["vsan"] = *vsan;
-  context.output.show(
-      json, owner(vsan) + " is " + std::to_string(seconds) + " seconds (" + hex(encoded, 2) + ")");
+  context.output.show(json, mih_timeout_name(vsan) + " is " + std::to_string(seconds) +
+                                " seconds (" + hex(encoded, 2) + ")");
 }
 
 std::optional<std::uint32_t> optional_vsan(const std::string& text) {
@@ -97,24 +75,11 @@ std::optional<std::uint32_t> optional_vsan(const std::string& text) {
   return parse_vsan(text);
 }
 
-/** Setting is not answered: only reading it back tells whether it was taken. */
 void set_timeout(Context& context, std::optional<std::uint32_t> vsan, const std::string& text) {
   const bool takes_default = vsan && text == "default";
   const std::uint32_t encoded =
       takes_default ? 0 : encode_mih_timeout(parse_number(text, 1, kLongestTimeout, "time-out"));
-  const auto operation =
-      static_cast<std::uint8_t>(vsan ? MihOperation::kSet : MihOperation::kSetDefault);
-  context.session.require("cannot set " + owner(vsan), ficon_cmi_mihpto, operation,
-                          vsan.value_or(0), encoded, nullptr);
-  const std::uint32_t now = read_timeout(context, vsan);
-  const std::uint32_t wanted = takes_default ? read_timeout(context, std::nullopt) : encoded;
-  if (now != wanted) {
-    throw Failure(0, "not-taken",
-                  owner(vsan) + " was not taken: it is " +
-                      std::to_string(wire::decode_mih_timeout(now)) + " seconds",
-                  "look at the VSAN's lock and at the daemon's log");
-  }
-  show_timeout(context, vsan, now);
+  show_timeout(context, vsan, set_mih_timeout(context.session, vsan, encoded));
 }
 
 }  // namespace
@@ -137,7 +102,7 @@ void register_limits(CLI::App& app, Context& context) {
   };
   add_vsan(add_action(mihpto, "get", "Show the time-out", [&context, vsan] {
     const auto of = optional_vsan(*vsan);
-    show_timeout(context, of, read_timeout(context, of));
+    show_timeout(context, of, read_mih_timeout(context.session, of));
   }));
   CLI::App& set = add_action(
       mihpto, "set", "Change the time-out, and read it back",
