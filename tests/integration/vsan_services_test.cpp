@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::uint32_t kVsan = 20;
 constexpr std::uint32_t kWait = 20'000;
+constexpr std::uint32_t kLockUnavailable = 0x40850012;
 
 struct SharedDirector {
   SharedDirector() { REQUIRE(enabled()); }
@@ -55,10 +56,12 @@ bool write_pieces(const std::string& socket) {
 bool make_history(const std::string& socket, std::uint32_t count) {
   const Connected own(socket);
   for (std::uint32_t i = 0; i < count; ++i) {
-    if (ficon_cmi_set_fcid_last_byte(1, own.get(), "TEST", "WRITER", kWait, kVsan,
-                                     static_cast<std::uint8_t>(i % 255 + 1)) != 0) {
-      return false;
+    std::uint32_t status = kLockUnavailable;
+    while (status == kLockUnavailable) {  // the other writer was quicker, again and again
+      status = ficon_cmi_set_fcid_last_byte(1, own.get(), "TEST", "WRITER", kWait, kVsan,
+                                            static_cast<std::uint8_t>(i % 255 + 1));
     }
+    if (status != 0) return false;
   }
   return true;
 }

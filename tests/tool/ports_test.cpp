@@ -110,9 +110,12 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "a logical interface gets its number and its p
   CHECK(tool("port bind f5").err ==
         "ficonctl: say what to bind the port address to: --if or --number\n"
         "  try: ficonctl port bind --help\n");
+  const auto freed = tool("portmap show --range 245 --json").json()[0];
+  CHECK(freed["port-address"] == 0xf5);
   CHECK(contains(tool("portnumber assign fc4/1 3").err, "no-such-"));
   CHECK(tool("portnumber assign fcip3 245").status == 0);
   CHECK(tool("port bind f5 --number none").status == 0);
+  CHECK(tool("portmap show --range 245 --json").json()[0]["port-address"].is_null());
   CHECK(tool("port bind aa --if fcip3").status == 0);
   CHECK(tool("port find --address aa --json").json()["port-number"] == 245);
   CHECK(tool("port bind f5 --if fcip3").status == 1);  // a number has one address at most

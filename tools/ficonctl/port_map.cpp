@@ -8,6 +8,7 @@
 
 #include "interface_index/interface_index.h"
 #include "port_table.h"
+#include "wire/fcd_status.h"
 #include "wire/port_plan.h"
 
 namespace ficon::ctl {
@@ -65,6 +66,22 @@ std::uint32_t largest_port_number(Session& session) {
   return ficon_cmi_get_max_portnumber();
 }
 
+MappedPort look_up(Session& session, if_index_t if_index, std::uint16_t port_number) {
+  constexpr std::uint32_t kExact = 1;
+  std::uint16_t port_address = kNoPortNumber;
+  const std::uint32_t status =
+      ficon_send_get_portmap(session.handle(), Session::word_a(), Session::word_b(), session.wait(),
+                             kExact, 0, &if_index, &port_number, &port_address);
+  if (status != 0 && status != static_cast<std::uint32_t>(FcdStatus::kNoSuchPort)) {
+    throw session.failure(status, "cannot find the port");
+  }
+  MappedPort port;
+  port.if_index = if_index;
+  if (port_number != kNoPortNumber) port.port_number = port_number;
+  if (port_address != kNoPortNumber) port.port_address = port_address;
+  return port;
+}
+
 std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
                                           std::uint32_t last) {
   std::vector<MappedPort> ports;
@@ -76,6 +93,11 @@ std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
           ficon_cmi_get_portmap_full(session.handle(), Session::word_a(), Session::word_b(),
                                      session.wait(), from, to, entries.data()),
           "port numbers " + std::to_string(from) + " to " + std::to_string(to));
+    // The array's begin is cleared: 00 may be the first port's address, or none.
+    if (entries[0].if_index == 0 && entries[0].port_address == 0) {
+      const MappedPort known = look_up(session, 0, static_cast<std::uint16_t>(from));
+      if (!known.port_address) entries[0].port_address = wire::kNoPortByte;
+    }
     for (std::uint32_t i = 0; i < entries.size(); ++i) {
       ports.push_back({std::nullopt, from + i, byte_or_none(entries[i].port_address),
                        entries[i].if_index, entries[i].state});

@@ -34,6 +34,8 @@ std::uint32_t largest_port_number(Session& session);
 /** The port numbers from first to last, in as many requests as they need. */
 std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
                                           std::uint32_t last);
+/** The port of an interface or a port number; as much of it as the switch knows. */
+MappedPort look_up(Session& session, if_index_t if_index, std::uint16_t port_number);
 /** The 64 positions of a module. */
 std::vector<MappedPort> read_module(Session& session, std::uint32_t module);
 /** The 256 positions of the logical ports. */

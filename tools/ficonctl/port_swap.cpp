@@ -24,14 +24,6 @@ std::uint32_t parse_port_number(Session& session, const std::string& text) {
   return parse_number(text, 0, largest_port_number(session), "port number");
 }
 
-MappedPort mapped(if_index_t if_index, std::uint16_t port_number, std::uint16_t port_address) {
-  MappedPort port;
-  port.if_index = if_index;
-  if (port_number != kNoPortNumber) port.port_number = port_number;
-  if (port_address != kNoPortNumber) port.port_address = port_address;
-  return port;
-}
-
 /** The keys that are known, 0 and 512 for the others. */
 struct Keys {
   if_index_t if_index = 0;
@@ -68,8 +60,11 @@ void find(Context& context, const Arguments& arguments) {
   const std::uint32_t status = ficon_parse_get_portmap_fcid(&reply, &keys.if_index, &keys.number,
                                                             &keys.address, &fcid, &state);
   if (status != 0) throw session.failure(status, "cannot find the port");
-  MappedPort port = mapped(keys.if_index, keys.number, keys.address);
-  port.state = state;
+  const auto or_none = [](std::uint16_t key) {
+    return key == kNoPortNumber ? std::nullopt : std::optional<std::uint32_t>(key);
+  };
+  const MappedPort port{std::nullopt, or_none(keys.number), or_none(keys.address), keys.if_index,
+                        state};
   Json json = to_json(port);
   json["fcid"] = fcid == 0 ? Json() : Json(hex(fcid, 6));
   context.output.show(
@@ -80,20 +75,10 @@ void find(Context& context, const Arguments& arguments) {
 
 /** A port of a swap, by number or interface name; as much of it as there is. */
 MappedPort read_port(Session& session, const std::string& text) {
-  constexpr std::uint32_t kExact = 1;
-  Keys keys;
   if (text.find_first_not_of("0123456789") == std::string::npos) {
-    keys.number = static_cast<std::uint16_t>(parse_port_number(session, text));
-  } else {
-    keys.if_index = parse_interface_name(text);
+    return look_up(session, 0, static_cast<std::uint16_t>(parse_port_number(session, text)));
   }
-  const std::uint32_t status =
-      ficon_send_get_portmap(session.handle(), Session::word_a(), Session::word_b(), session.wait(),
-                             kExact, 0, &keys.if_index, &keys.number, &keys.address);
-  if (status != 0 && status != static_cast<std::uint32_t>(FcdStatus::kNoSuchPort)) {
-    throw session.failure(status, "cannot find port " + text);
-  }
-  return mapped(keys.if_index, keys.number, keys.address);
+  return look_up(session, parse_interface_name(text), kNoPortNumber);
 }
 
 std::string move_text(const MappedPort& from, const MappedPort& to, const char* verb) {
