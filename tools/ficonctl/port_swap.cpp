@@ -107,7 +107,7 @@ void require_swappable(Session& session, const Arguments& arguments, const Mappe
   }
 }
 
-void swap(Context& context, const Arguments& arguments) {
+void swap_ports(Context& context, const Arguments& arguments) {
   Session& session = context.session;
   const MappedPort first = read_port(session, arguments.first);
   const MappedPort second = read_port(session, arguments.second);
@@ -168,7 +168,7 @@ void register_port_swap(CLI::App& app, Context& context) {
 
   CLI::App& exchange =
       add_action(object, "swap", "Exchange the port addresses of two ports, and their settings",
-                 [&context, arguments] { swap(context, *arguments); });
+                 [&context, arguments] { swap_ports(context, *arguments); });
   exchange.add_option("FIRST", arguments->first, "Port number or interface")->required();
   exchange.add_option("SECOND", arguments->second, "Port number or interface")->required();
   exchange.add_flag("--dry-run", arguments->dry_run, "Show what would move, and change nothing");
