@@ -28,6 +28,7 @@ class DaemonProcess {
 
   const std::string& socket() const { return socket_; }
   bool running() const { return pid_ > 0; }
+  pid_t pid() const { return pid_; }
   void signal(int number) const;
   /** @return the exit status, or minus the signal that ended it */
   int wait();
