@@ -210,7 +210,7 @@ void bind_address(mts_handle_t h, Arguments& x) {
   ask(ficon_cmi_set_pa_pn, h, x, half(x.a), half(x.c));
 }
 
-void swap(mts_handle_t h, Arguments& x) {
+void swap_ports(mts_handle_t h, Arguments& x) {
   ficon_cmi_swap_reply_t* record = nullptr;
   ask(ficon_cmi_swap_port, h, x, x.a, x.b, &record);
   mtrack_free(record);
@@ -330,7 +330,7 @@ constexpr Call kCalls[] = {
     {"port number", port_number},
     {"reservation", reserve},
     {"port address", bind_address},
-    {"swap", swap},
+    {"swap", swap_ports},
     {"prohibit lists", prohibit_lists},
     {"file operation", file_ops},
     {"file copy", file_copy},
