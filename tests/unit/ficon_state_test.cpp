@@ -99,12 +99,15 @@ TEST_CASE("enable: where FICON is enabled already, under the lock") {
 }
 
 TEST_CASE("enable: a feature that cannot be enabled is told, and nothing else done") {
-  for (const std::uint32_t feature : {0x40aa0006u, 1u, 0xffffffffu}) {
+  for (const auto& [feature, told] :
+       {std::pair{0x40aa0006u, "ficon feature enable failed:text of 0x40aa0006\n"},
+        std::pair{1u, "ficon feature enable failed:text of 0x00000001\n"},
+        std::pair{0xffffffffu, "ficon feature enable failed:text of 0xffffffff\n"}}) {
     ScriptedPlatform platform;
     platform.feature_answers(feature);
     CHECK(set_state(platform, 1) == feature);
     CHECK(platform.order() == "fm_cmi_set_feature_wait");
-    CHECK(platform.printed().starts_with("ficon feature enable failed:text of 0x"));
+    CHECK(platform.printed() == told);
     CHECK(platform.finished());
   }
 }

@@ -380,8 +380,9 @@ int32_t ficon_free_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t request
 /**
  * Free the lock whoever holds it. Blocks on `handle`.
  *
- * @return 0 reset, also when fcd is not there; 0x40850004 FICON is not enabled on the VSAN, nothing
- *         sent; 0x40850013 refused; the receive code; -1 the send failed
+ * @return 0 reset, also when fcd went away since it was asked whether FICON is enabled; 0x40850004
+ *         FICON is not enabled on the VSAN, or that could not be learnt (fcd not there, for one):
+ *         the lock is not asked for; 0x40850013 refused; the receive code; -1 the send failed
  */
 int32_t ficon_reset_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t requester, uint32_t wait);
 
@@ -390,7 +391,8 @@ int32_t ficon_reset_fcd_lock(mts_handle_t handle, uint32_t vsan, uint32_t reques
  *
  * @param unused  any value
  * @param record  [out] fcd's answer, 18 bytes as they stand, host order
- * @return 0; 0x40850004 FICON is not enabled on the VSAN, nothing sent; -1 failed
+ * @return 0; 0x40850004 FICON is not enabled on the VSAN, or that could not be learnt: the lock is
+ *         not asked for; -1 failed
  */
 int32_t ficon_get_fcd_lock_status(mts_handle_t handle, uint32_t vsan, uint32_t unused,
                                   uint32_t wait, ficon_fcd_lock_rec_t* record);

@@ -5,6 +5,7 @@ namespace ficon {
 
 [[gnu::format(printf, 1, 2)]] void console(const char* format, ...);
 
+/** Without the "CMI_ERROR: " that the traced parsers put in front of it: intended. */
 inline constexpr char kNoTlvs[] = "invalid cmi payload: no tlvs present\n";
 
 }  // namespace ficon

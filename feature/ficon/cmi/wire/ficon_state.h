@@ -9,7 +9,7 @@ namespace ficon::wire {
 struct FiconStateRequest {
   PlatformHeader platform;
   be32 vsan;
-  host32 state;   // 0 off, else on
+  host32 state;   // 0 off, else on; not swapped, unlike its neighbours: intended
   host32 status;  // replies only
   be32 requester;
 };
