@@ -3,110 +3,71 @@
  * a walk of 100,000 history entries: what an entry costs at the beginning, in the middle, at the
  * end. All processes on one core.
  */
-#include <platform/mts.h>
 #include <signal.h>
-#include <sys/socket.h>
 #include <transport/endpoint.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 #include "emulator_process.h"
+#include "exchange.h"
 #include "measure.h"
 
 using namespace ficon;
 
 namespace {
 
-constexpr std::size_t kFrame = 32;
 constexpr std::uint32_t kBlock = 16384;
-constexpr std::uint32_t kWait = 30'000;
 constexpr std::uint32_t kEntries = 100'000;
-
-[[noreturn]] void fail(const char* what) {
-  std::fprintf(stderr, "%s failed\n", what);
-  std::exit(2);
-}
-
-/** Another process that answers each packet with one of `reply_size` bytes. */
-int start_answerer(std::size_t reply_size) {
-  int ends[2];
-  socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends);
-  if (fork() == 0) {
-    close(ends[0]);
-    std::vector<char> packet(64 * 1024);
-    while (recv(ends[1], packet.data(), packet.size(), 0) > 0) {
-      send(ends[1], packet.data(), reply_size, 0);
-    }
-    _exit(0);
-  }
-  close(ends[1]);
-  return ends[0];
-}
-
-void ping_pong(int fd, std::size_t request_size, std::size_t reply_size) {
-  static std::vector<char> packet(64 * 1024);
-  if (send(fd, packet.data(), request_size, 0) < 0 ||
-      recv(fd, packet.data(), packet.size(), 0) != static_cast<ssize_t>(reply_size)) {
-    fail("raw ping-pong");
-  }
-}
-
-mts_msg_ref_t receive(mts_handle_t handle, mts_msg_ref_t* request) {
-  const mts_recv_opts_t options{{1, 0, kWait, mts_rr_token_get(request)}};
-  mts_drop(handle, request);
-  mts_msg_ref_t reply{};
-  if (ficon_cmi_mts_recv(handle, &reply, &options) != 0) fail("receive");
-  return reply;
-}
 
 void read_block(mts_handle_t handle, std::vector<std::uint8_t>& block) {
   std::uint32_t length = 0;
-  if (ficon_cmi_get_host_data(3, handle, "BENCH", "UNKNOWN", kWait, bench::kVsan, block.data(),
-                              &length) != 0 ||
+  if (ficon_cmi_get_host_data(3, handle, "BENCH", "UNKNOWN", bench::kWait, bench::kVsan,
+                              block.data(), &length) != 0 ||
       length != kBlock) {
-    fail("reading host data");
+    bench::fail("reading host data");
   }
 }
 
 /** One request and its reply, without the lock around them. */
 void write_unlocked(mts_handle_t handle, const std::vector<std::uint8_t>& block) {
   mts_msg_ref_t request{};
-  if (ficon_cmi_send_set_host_data_nonblock(3, handle, "BENCH", "UNKNOWN", kWait, bench::kVsan, 0,
-                                            block.data(), kBlock, &request) != 0) {
-    fail("sending host data");
+  if (ficon_cmi_send_set_host_data_nonblock(3, handle, "BENCH", "UNKNOWN", bench::kWait,
+                                            bench::kVsan, 0, block.data(), kBlock, &request) != 0) {
+    bench::fail("sending host data");
   }
-  mts_msg_ref_t reply = receive(handle, &request);
+  mts_msg_ref_t reply = bench::receive(handle, &request);
   std::uint32_t vsan = 0;
-  if (ficon_cmi_parse_set_host_data(&reply, &vsan) != 0) fail("writing host data");
+  if (ficon_cmi_parse_set_host_data(&reply, &vsan) != 0) bench::fail("writing host data");
   mts_drop(handle, &reply);
 }
 
 void write_locked(mts_handle_t handle, const std::vector<std::uint8_t>& block) {
-  if (ficon_cmi_set_host_data(3, handle, "BENCH", "UNKNOWN", kWait, bench::kVsan, 0, block.data(),
-                              kBlock) != 0) {
-    fail("writing host data under the lock");
+  if (ficon_cmi_set_host_data(3, handle, "BENCH", "UNKNOWN", bench::kWait, bench::kVsan, 0,
+                              block.data(), kBlock) != 0) {
+    bench::fail("writing host data under the lock");
   }
 }
 
 void measure_host_data(mts_handle_t handle) {
-  constexpr std::size_t kRead[] = {kFrame + 4, kFrame + 12 + kBlock};
-  constexpr std::size_t kWrite[] = {kFrame + 12 + kBlock, kFrame + 8};
-  const int reader = start_answerer(kRead[1]);
-  const int writer = start_answerer(kWrite[1]);
+  constexpr std::size_t kRead[] = {bench::kFrame + 4, bench::kFrame + 12 + kBlock};
+  constexpr std::size_t kWrite[] = {bench::kFrame + 12 + kBlock, bench::kFrame + 8};
+  const int reader = bench::start_answerer(kRead[1]);
+  const int writer = bench::start_answerer(kWrite[1]);
   std::vector<std::uint8_t> block(kBlock, 0x5a);
   write_locked(handle, block);
 
   std::printf("host data: 16384 bytes\n");
-  std::vector<bench::Contender> reading = {
-      {"raw ping-pong of the read's bytes", [&] { ping_pong(reader, kRead[0], kRead[1]); }, {}},
-      {"read", [&] { read_block(handle, block); }, {}}};
+  std::vector<bench::Contender> reading = {{"raw ping-pong of the read's bytes",
+                                            [&] { bench::ping_pong(reader, kRead[0], kRead[1]); },
+                                            {}},
+                                           {"read", [&] { read_block(handle, block); }, {}}};
   bench::measure(reading, 100, 100);
   bench::print(reading);
   std::vector<bench::Contender> writing = {
-      {"raw ping-pong of the write's bytes", [&] { ping_pong(writer, kWrite[0], kWrite[1]); }, {}},
+      {"raw ping-pong of the write's bytes",
+       [&] { bench::ping_pong(writer, kWrite[0], kWrite[1]); },
+       {}},
       {"write of what stands there already", [&] { write_unlocked(handle, block); }, {}},
       {"write", [&] { ++block[0], write_unlocked(handle, block); }, {}},
       {"write under the lock", [&] { ++block[0], write_locked(handle, block); }, {}}};
@@ -122,14 +83,14 @@ void fill_history(mts_handle_t handle) {
     std::vector<mts_msg_ref_t> requests(kAhead);
     for (mts_msg_ref_t& request : requests) {
       mode ^= 1;
-      if (ficon_cmi_clock_alert_mode_nonblock(1, handle, "BENCH", "UNKNOWN", kWait, bench::kVsan,
-                                              mode, &request) != 0) {
-        fail("filling the history");
+      if (ficon_cmi_clock_alert_mode_nonblock(1, handle, "BENCH", "UNKNOWN", bench::kWait,
+                                              bench::kVsan, mode, &request) != 0) {
+        bench::fail("filling the history");
       }
     }
     for (mts_msg_ref_t& request : requests) {
-      mts_msg_ref_t reply = receive(handle, &request);
-      if (ficon_cmi_parse_vsan_cfg(&reply) != 0) fail("filling the history");
+      mts_msg_ref_t reply = bench::receive(handle, &request);
+      if (ficon_cmi_parse_vsan_cfg(&reply) != 0) bench::fail("filling the history");
       mts_drop(handle, &reply);
     }
   }
@@ -140,9 +101,9 @@ std::uint32_t step(mts_handle_t handle, std::uint32_t& key) {
   std::uint32_t count = 0;
   std::uint32_t lost = 0;
   ficon_cmi_hist_entry_t* entries = nullptr;
-  if (ficon_cmi_get_history_summary(2, handle, "BENCH", "UNKNOWN", kWait, 1, &key, 0, 1000, 0,
-                                    &count, &lost, &entries) != 0) {
-    fail("walking the history");
+  if (ficon_cmi_get_history_summary(2, handle, "BENCH", "UNKNOWN", bench::kWait, 1, &key, 0, 1000,
+                                    0, &count, &lost, &entries) != 0) {
+    bench::fail("walking the history");
   }
   mtrack_free(entries);
   return count;
@@ -159,14 +120,14 @@ void measure_walk(mts_handle_t handle) {
     std::uint32_t count = 0;
     std::uint32_t lost = 0;
     ficon_cmi_hist_entry_t* none = nullptr;
-    if (ficon_cmi_get_history_summary(2, handle, "BENCH", "UNKNOWN", kWait, 1, &newest, 2, 0, 0,
-                                      &count, &lost, &none) != 0) {
-      fail("asking for the extent");
+    if (ficon_cmi_get_history_summary(2, handle, "BENCH", "UNKNOWN", bench::kWait, 1, &newest, 2, 0,
+                                      0, &count, &lost, &none) != 0) {
+      bench::fail("asking for the extent");
     }
     std::uint32_t key = newest - kEntries;
     for (std::uint32_t done = 0; done < kEntries; done += kStep) {
       const auto start = std::chrono::steady_clock::now();
-      if (step(handle, key) != kStep) fail("a step of 1000 entries");
+      if (step(handle, key) != kStep) bench::fail("a step of 1000 entries");
       const std::chrono::duration<double, std::nano> passed =
           std::chrono::steady_clock::now() - start;
       tenths[done / (kEntries / kTenths)].push_back(passed.count() / kStep);

@@ -3,7 +3,6 @@
 
 #include "handlers/file_request.h"
 #include "handlers/files.h"
-#include "handlers/port_set.h"
 #include "wire/port_settings.h"
 
 namespace ficon::emulator {
@@ -22,7 +21,7 @@ FcdStatus set_name(ConfigurationFile& file, const wire::PortNameEntry& entry) {
 
 FcdStatus change_prohibited(ConfigurationFile& file, const wire::ProhibitEntry& entry) {
   return file.change_prohibited(entry.port_address.get(), entry.common_value.get(),
-                                port_set(entry.bitset));
+                                PortSet(std::bit_cast<PortSet::Mask>(entry.bitset)));
 }
 
 FcdStatus set_header(ConfigurationFile& file, const wire::FileHeader& header) {

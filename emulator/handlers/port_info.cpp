@@ -4,7 +4,6 @@
 
 #include "handlers/file_request.h"
 #include "handlers/port_map.h"
-#include "handlers/port_set.h"
 #include "protocol/cmi_header.h"
 #include "wire/port_info.h"
 #include "wire/port_info_request.h"
@@ -20,24 +19,6 @@ struct ListedPort {
   PortIdentity identity;
 };
 
-/** The ports of the switch in the order of what they are selected by. */
-std::vector<ListedPort> ports_by(PortSelector selector, const Switch& model) {
-  std::vector<ListedPort> ports;
-  for (std::uint32_t address = 0; address <= kLastUsablePortAddress; ++address) {
-    const PortIdentity identity = model.port_identity(address);
-    if (selector == PortSelector::kInterfaces && identity.if_index == 0) continue;
-    ports.push_back({address, identity});
-  }
-  if (selector == PortSelector::kInterfaces) {
-    std::ranges::sort(ports, {}, [](const ListedPort& port) { return port.identity.if_index; });
-  }
-  return ports;
-}
-
-std::uint32_t key_of(PortSelector selector, const ListedPort& port) {
-  return selector == PortSelector::kInterfaces ? port.identity.if_index : port.address;
-}
-
 wire::PortInfo port_info(const ListedPort& port, const ConfigurationFile& file) {
   const PortSettings& settings = file.port(port.address);
   wire::PortInfo info{};
@@ -47,27 +28,53 @@ wire::PortInfo port_info(const ListedPort& port, const ConfigurationFile& file) 
   info.blocked = settings.blocked ? 1 : 0;
   info.installed = port.identity.installed ? 1 : 0;
   info.port_name = std::bit_cast<wire::bytes<24>>(settings.name);
-  info.prohibited = bitset_of(settings.prohibited);
+  info.prohibited = std::bit_cast<wire::bytes<32>>(settings.prohibited.mask());
   return info;
 }
 
-/** Behind `start` in a get-next, whatever its end; from `start` to `end` in a get. */
-std::vector<ListedPort> select(const std::vector<ListedPort>& ports, PortSelector selector,
-                               const wire::PortRange& range, bool next) {
+/** Both ends included; empty where the first is above the last. */
+struct Keys {
+  std::uint64_t first;
+  std::uint64_t last;
+};
+
+/** Behind the range's start in a get-next, whatever its end; from start to end in a get. */
+Keys keys_asked(PortSelector selector, const wire::PortRange& range, bool next) {
   constexpr std::uint32_t kFromTheFirst = 512;
   const std::uint32_t start = range.first.get();
-  std::vector<ListedPort> selected;
-  for (const ListedPort& port : ports) {
-    const std::uint32_t key = key_of(selector, port);
-    if (next) {
-      const bool from_the_first =
-          selector == PortSelector::kPortAddresses ? start == kFromTheFirst : start == 0;
-      if (!from_the_first && key <= start) continue;
-      return {port};
-    }
-    if (key >= start && key <= range.last.get()) selected.push_back(port);
+  if (!next) return {start, range.last.get()};
+  const bool from_the_first =
+      selector == PortSelector::kPortAddresses ? start == kFromTheFirst : start == 0;
+  return {from_the_first ? 0 : std::uint64_t{start} + 1, UINT32_MAX};
+}
+
+std::vector<ListedPort> ports_by_address(const Switch& model, const Keys& keys) {
+  std::vector<ListedPort> ports;
+  for (std::uint64_t key = keys.first; key <= keys.last && key <= kLastUsablePortAddress; ++key) {
+    const auto address = static_cast<std::uint32_t>(key);
+    ports.push_back({address, model.port_identity(address)});
   }
-  return selected;
+  return ports;
+}
+
+std::vector<ListedPort> ports_by_interface(const Switch& model, const Keys& keys) {
+  std::vector<ListedPort> ports = ports_by_address(model, {0, kLastUsablePortAddress});
+  std::erase_if(ports, [&](const ListedPort& port) {
+    const if_index_t key = port.identity.if_index;
+    return key == 0 || key < keys.first || key > keys.last;
+  });
+  std::ranges::sort(ports, {}, [](const ListedPort& port) { return port.identity.if_index; });
+  return ports;
+}
+
+/** In the order of what they are selected by; of a get-next the first alone. */
+std::vector<ListedPort> select(const Switch& model, PortSelector selector,
+                               const wire::PortRange& range, bool next) {
+  const Keys keys = keys_asked(selector, range, next);
+  auto ports = selector == PortSelector::kInterfaces ? ports_by_interface(model, keys)
+                                                     : ports_by_address(model, keys);
+  if (next && ports.size() > 1) ports.resize(1);
+  return ports;
 }
 
 const wire::PortInfoRequest* asked_in(const std::optional<TlvMessage>& message) {
@@ -101,7 +108,7 @@ Answer handle_port_info(const Request& request, Switch& model) {
       FileOperations(model).find(vsan->number, request.asker(asked->requester.get()), target);
   if (file == nullptr) return target.key != 0 ? FcdStatus::kNoSuchEdit : FcdStatus::kNoSuchFile;
 
-  const auto ports = select(ports_by(selector, model), selector, *range, next);
+  const auto ports = select(model, selector, *range, next);
   if (next && ports.empty()) return FcdStatus::kNoPortInRange;
   wire::PortInfoRequest head = *asked;
   head.vsan.set(vsan->number);

@@ -19,6 +19,7 @@ std::optional<TlvMessage> TlvMessage::parse(ByteView payload) {
   std::uint32_t cursor = 0;
   const std::int32_t count = tlv_aligned_array_get_num_tlvs(payload.data(), kAlign);
   if (count <= 0) return std::nullopt;
+  message.tlvs_.reserve(static_cast<std::size_t>(count));
   for (std::int32_t i = 0; i < count; ++i) {
     std::uint16_t type = 0;
     std::uint16_t length = 0;

@@ -32,24 +32,24 @@ FcdStatus ConfigurationFile::change_prohibited(std::uint32_t address, std::uint3
   if (mask[kControlUnitPort]) return FcdStatus::kControlUnitPort;
   if (mask[0xff]) return FcdStatus::kNotAPortAddress;
   if (mask[address]) return FcdStatus::kProhibitsItself;
-  PortSet wanted = ports_[address].prohibited;
+  const PortSet present = ports_[address].prohibited;
+  PortSet wanted;
   switch (static_cast<ProhibitChange>(how)) {
     case ProhibitChange::kReplace:
       wanted = mask;
       break;
     case ProhibitChange::kAdd:
-      wanted |= mask;
+      wanted = present | mask;
       break;
     case ProhibitChange::kRemove:
-      wanted &= ~mask;
+      wanted = present - mask;
       break;
     default:
       return FcdStatus::kBadProhibitChange;
   }
   ports_[address].prohibited = wanted;
-  for (std::uint32_t other = 0; other <= kLastUsablePortAddress; ++other) {
-    ports_[other].prohibited[address] = wanted[other];
-  }
+  // Both sides were alike before, so that the others' bits change where this one's do.
+  (present ^ wanted).for_each([&](std::uint32_t other) { ports_[other].prohibited.flip(address); });
   return FcdStatus::kDone;
 }
 
@@ -68,9 +68,10 @@ bool ConfigurationFile::is_consistent() const {
   for (std::uint32_t address = 0; address < kPortAddresses; ++address) {
     const PortSet& mask = ports_[address].prohibited;
     if (mask.any() && check_port_address(address) != FcdStatus::kDone) return false;
-    for (std::uint32_t other = 0; other < kPortAddresses; ++other) {
-      if (mask[other] && (other == address || !ports_[other].prohibited[address])) return false;
-    }
+    bool mutual = !mask[address];
+    mask.for_each(
+        [&](std::uint32_t other) { mutual = mutual && ports_[other].prohibited[address]; });
+    if (!mutual) return false;
   }
   return true;
 }

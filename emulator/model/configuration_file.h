@@ -6,7 +6,6 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -14,19 +13,17 @@
 #include <string_view>
 #include <vector>
 
+#include "model/port_set.h"
 #include "wire/fcd_status.h"
 #include "wire/port_plan.h"
 
 namespace ficon::emulator {
 
-inline constexpr std::size_t kPortAddresses = 256;
 inline constexpr std::uint32_t kLastUsablePortAddress = 0xfd;
 using wire::kControlUnitPort;
 
 /** kDone for an address that can be blocked, named and prohibited. */
 FcdStatus check_port_address(std::uint32_t address);
-
-using PortSet = std::bitset<kPortAddresses>;
 
 /** EBCDIC, padded with blanks (0x40). */
 using PortName = std::array<std::uint8_t, 24>;

@@ -15,8 +15,7 @@ constexpr std::size_t kSizeAt = 8;
 constexpr std::size_t kChecksumAt = 12;
 constexpr std::size_t kHeaderAt = 16;
 constexpr std::size_t kPortsAt = kHeaderAt + sizeof(FileHeader);
-constexpr std::size_t kMaskSize = kPortAddresses / 8;
-constexpr std::size_t kPortSize = 1 + sizeof(PortName) + kMaskSize;
+constexpr std::size_t kPortSize = 1 + sizeof(PortName) + sizeof(PortSet::Mask);
 constexpr std::size_t kNotesAt = kPortsAt + kPorts * kPortSize;
 
 template <class Number>
@@ -41,9 +40,7 @@ std::uint32_t checksum(std::span<const std::uint8_t> contents) {
 void put_port(std::uint8_t* at, const PortSettings& port) {
   *at++ = port.blocked ? 1 : 0;
   at = std::ranges::copy(port.name, at).out;
-  for (std::size_t a = 0; a < kPortAddresses; ++a) {
-    if (port.prohibited[a]) at[a / 8] |= static_cast<std::uint8_t>(0x80 >> (a % 8));
-  }
+  std::ranges::copy(port.prohibited.mask(), at);
 }
 
 PortSettings get_port(const std::uint8_t* at) {
@@ -51,9 +48,9 @@ PortSettings get_port(const std::uint8_t* at) {
   port.blocked = *at++ != 0;
   std::copy_n(at, port.name.size(), port.name.begin());
   at += port.name.size();
-  for (std::size_t a = 0; a < kPortAddresses; ++a) {
-    port.prohibited[a] = (at[a / 8] & (0x80 >> (a % 8))) != 0;
-  }
+  PortSet::Mask mask;
+  std::copy_n(at, mask.size(), mask.begin());
+  port.prohibited = PortSet(mask);
   return port;
 }
 

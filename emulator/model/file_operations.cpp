@@ -183,7 +183,7 @@ FcdStatus FileOperations::change(std::uint32_t number, const Asker& asker, const
     if (open_edit == nullptr || open_edit->vsan != number) return FcdStatus::kNoSuchEdit;
     ConfigurationFile draft = open_edit->draft;  // a refused request changes nothing of it
     const FcdStatus refused = edit(draft);
-    if (refused == FcdStatus::kDone) open_edit->draft = draft;
+    if (refused == FcdStatus::kDone) open_edit->draft = std::move(draft);
     return refused;
   }
   if (const FcdStatus refused = check_writable(vsan, target.name); refused != FcdStatus::kDone) {

@@ -53,8 +53,12 @@ void PortPlan::clear() {
 
 std::optional<std::uint32_t> PortPlan::position_of(std::uint32_t number) const {
   const auto owner = owner_of(number);
-  if (!owner) return std::nullopt;
-  const auto block = positions_of(*owner);
+  return owner ? position_within(*owner, number) : std::nullopt;
+}
+
+std::optional<std::uint32_t> PortPlan::position_within(NumberOwner owner,
+                                                       std::uint32_t number) const {
+  const auto block = positions_of(owner);
   for (std::uint32_t p = block.first; p < block.first + block.count; ++p) {
     if (numbers_[p] == number) return p;
   }
@@ -100,7 +104,7 @@ if_index_t PortPlan::interface_of(std::uint32_t number) const {
     const auto bound = logical_.find(static_cast<PortNumber>(number));
     return bound == logical_.end() ? 0 : bound->second;
   }
-  const auto position = position_of(number);
+  const auto position = position_within(*owner, number);
   const Module* module = chassis_->module(*owner);
   if (!position || module == nullptr) return 0;
   const std::uint32_t port = *position % wire::kPortsPerModule;

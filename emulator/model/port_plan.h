@@ -105,6 +105,7 @@ class PortPlan {
   PlanVerdict check_owner(NumberOwner owner) const;
   PlanVerdict check_ranges(NumberOwner owner, const std::vector<PortNumberRange>& ranges) const;
   void take_away(PortNumber number);
+  std::optional<std::uint32_t> position_within(NumberOwner owner, std::uint32_t number) const;
 
   const platform::Chassis* chassis_;
   std::array<PortNumber, wire::kPortPositions> numbers_;  // by position

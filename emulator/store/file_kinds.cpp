@@ -45,7 +45,11 @@ ConfigurationFile from_json(const json& value) {
     port.blocked = entry.at("blocked").get<bool>();
     from_hex(entry.at("name").get<std::string>(), port.name);
     for (const json& other : entry.at("prohibited")) {
-      port.prohibited.set(other.get<std::uint32_t>());
+      const auto with = other.get<std::uint32_t>();
+      if (check_port_address(with) != FcdStatus::kDone) {
+        throw std::runtime_error("a prohibit concerns no port");
+      }
+      port.prohibited.set(with);
     }
     file.restore_port(address, port);
   }

@@ -91,7 +91,7 @@ TEST_CASE_FIXTURE(Small,
   CHECK(plan.interface_of(41) == fc(3, 4));
   CHECK_FALSE(plan.owner_of(4));
 
-  const auto refused = [&](NumberOwner owner, std::vector<PortNumberRange> ranges) {
+  const auto refused = [&](NumberOwner owner, const std::vector<PortNumberRange>& ranges) {
     const PlanVerdict verdict = plan.reserve(owner, ranges);
     CHECK(verdict.status != FcdStatus::kDone);
     return verdict.text;
@@ -210,7 +210,7 @@ TEST_CASE_FIXTURE(Small, "New files begin with every pair prohibited where that 
   REQUIRE(ports.set_default_prohibit(kOperator, 1) == FcdStatus::kDone);
   CHECK(model.find_vsan(10)->files.active.port(1).prohibited.none());
   REQUIRE(model.enable_ficon(30, kOperator) == FcdStatus::kDone);
-  CHECK(model.find_vsan(30)->files.active.port(1).prohibited.test(2));
+  CHECK(model.find_vsan(30)->files.active.port(1).prohibited[2]);
   REQUIRE(ports.set_acl_not_fcid(kOperator, 1) == FcdStatus::kDone);
   REQUIRE(ports.downgrade_acl_type(kOperator) == FcdStatus::kDone);
   CHECK_FALSE(model.prohibit_settings().acl_not_fcid);

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -72,26 +73,47 @@ std::optional<std::uint8_t> byte_of(const Page& page, char16_t character) {
   return std::nullopt;
 }
 
-std::optional<std::uint8_t> convert_byte(const Page& from, const Page& to, std::uint8_t byte) {
-  const std::optional<char16_t> character = from[byte];
-  return character ? byte_of(to, *character) : std::nullopt;
+/** What becomes of each byte of one code set in another. */
+using Table = std::array<std::optional<std::uint8_t>, 256>;
+
+Table build_table(const Page& from, const Page& to) {
+  Table table;
+  for (std::size_t byte = 0; byte < table.size(); ++byte) {
+    if (from[byte]) table[byte] = byte_of(to, *from[byte]);
+  }
+  return table;
+}
+
+/** Tables are built once a process: names by the hundred are converted through the same one. */
+const Table* table_of(std::uint32_t from, std::uint32_t to) {
+  static std::mutex mutex;
+  static std::map<std::pair<std::uint32_t, std::uint32_t>, Table> tables;
+  const std::lock_guard guard(mutex);
+  const auto known = tables.find({from, to});
+  if (known != tables.end()) return &known->second;
+  const auto& from_page = page_of(from);
+  const auto& to_page = page_of(to);
+  if (!from_page || !to_page) return nullptr;
+  return &tables.emplace(std::pair(from, to), build_table(*from_page, *to_page)).first->second;
 }
 
 std::int32_t convert(const std::uint8_t* input, std::uint32_t input_length,
                      std::uint32_t from_code_set, std::uint8_t** out_cursor,
                      std::uint32_t* out_count, std::uint32_t* out_space,
                      std::uint32_t to_code_set) {
-  const auto& from = page_of(from_code_set);
-  const auto& to = page_of(to_code_set);
-  if (!from || !to || input_length > *out_space) return kFailed;
-  for (std::uint32_t i = 0; i < input_length; ++i) {
-    const auto byte = convert_byte(*from, *to, input[i]);
-    if (!byte) return kFailed;
-    *(*out_cursor)++ = *byte;
-    ++*out_count;
-    --*out_space;
+  const Table* table = table_of(from_code_set, to_code_set);
+  if (table == nullptr || input_length > *out_space) return kFailed;
+  std::uint8_t* const out = *out_cursor;
+  std::uint32_t converted = 0;
+  while (converted < input_length) {
+    const std::optional<std::uint8_t> byte = (*table)[input[converted]];
+    if (!byte) break;
+    out[converted++] = *byte;
   }
-  return kConverted;
+  *out_cursor += converted;
+  *out_count += converted;
+  *out_space -= converted;
+  return converted == input_length ? kConverted : kFailed;
 }
 
 }  // namespace
@@ -102,12 +124,11 @@ ficon_convert_fn_t ficon_get_convert_fn_ptr(void) {
 
 uint32_t convert_codepage(uint32_t from_code_set, uint32_t to_code_set, uint8_t* text,
                           uint32_t length) {
-  const auto& from = page_of(from_code_set);
-  const auto& to = page_of(to_code_set);
-  if (!from || !to) return kBadCharacter;
+  const Table* table = table_of(from_code_set, to_code_set);
+  if (table == nullptr) return kBadCharacter;
   for (std::uint32_t i = 0; i < length; ++i) {
-    if (!convert_byte(*from, *to, text[i])) return kBadCharacter;  // before any of it is changed
+    if (!(*table)[text[i]]) return kBadCharacter;  // before any of it is changed
   }
-  for (std::uint32_t i = 0; i < length; ++i) text[i] = *convert_byte(*from, *to, text[i]);
+  for (std::uint32_t i = 0; i < length; ++i) text[i] = *(*table)[text[i]];
   return 0;
 }
