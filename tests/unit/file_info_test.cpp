@@ -23,13 +23,16 @@ std::uint32_t send(ScriptedPlatform& platform, std::uint32_t msgtype, const std:
 struct Parsed {
   ScriptedPlatform platform;
   ficon_cmi_file_info_t* list = reinterpret_cast<ficon_cmi_file_info_t*>(this);
+  bool list_set = true;  // null or not
   std::uint32_t count = 0x99;
   std::uint32_t status = 0;
 
   explicit Parsed(const Bytes& reply, std::uint32_t convert = 1, Conversion converter = ebcdic) {
     play_converter(platform, std::move(converter));
     status = ficon_cmi_parse_file_info(1, platform.received(reply), &list, convert, 37, &count);
-    if (static_cast<void*>(list) == this) list = nullptr;
+    if (static_cast<void*>(list) != this) return;
+    list_set = false;
+    list = nullptr;
   }
   ~Parsed() { mtrack_free(list); }
 };
@@ -118,6 +121,7 @@ TEST_CASE("file info reply: no files is success with a null list") {
   Parsed reply(tlvs().add(6, head()));
   CHECK(reply.status == 0);
   CHECK(reply.count == 0);
+  CHECK(reply.list_set);
   CHECK(reply.list == nullptr);
   CHECK(reply.platform.count("mtrack_alloc") == 0);
 }

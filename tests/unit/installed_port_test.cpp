@@ -358,18 +358,24 @@ TEST_CASE("installed: an interface whose type is not known ends the walk") {
 }
 
 TEST_CASE("installed: the port manager out of reach ends the walk with the transport's error") {
-  World world({{50, Interface{}}});
-  expect_getnext_type(world.platform, kInstalledType);
-  world.platform.on.pm_cmi_get_port_config = [](auto&&...) { return 0xffffffffU; };
-  expect_codepage(world.platform);
-  world.platform.expect_send(7856)
-      .recv_errors({4})  // the last error number of the transport
-      .reply(tlvs().add(13, info_head()).add(0, info_port(1, 50)));
-  CHECK(kByPortAddress.get(world.platform, 2, 0x10, 0x20, nullptr, world.out) == 4);
-  CHECK(traced(world.platform).ends_with("CMI_ERROR: pm get port config failed 0x00000004\n"));
-  CHECK(world.out.list == nullptr);
-  CHECK(world.out.count == 0);
-  CHECK(world.platform.finished());
+  for (const bool block : {false, true}) {  // a block may come with the failure: it is released
+    World world({{50, Interface{}}});
+    expect_getnext_type(world.platform, kInstalledType);
+    world.platform.on.pm_cmi_get_port_config = [&](mts_handle_t, auto, auto, auto*, auto*,
+                                                   pm_cmi_port_config_t** out, auto) {
+      if (block) *out = static_cast<pm_cmi_port_config_t*>(mtrack_alloc(1, 0, 498));
+      return 0xffffffffU;
+    };
+    expect_codepage(world.platform);
+    world.platform.expect_send(7856)
+        .recv_errors({4})  // the last error number of the transport
+        .reply(tlvs().add(13, info_head()).add(0, info_port(1, 50)));
+    CHECK(kByPortAddress.get(world.platform, 2, 0x10, 0x20, nullptr, world.out) == 4);
+    CHECK(traced(world.platform).ends_with("CMI_ERROR: pm get port config failed 0x00000004\n"));
+    CHECK(world.out.list == nullptr);
+    CHECK(world.out.count == 0);
+    CHECK(world.platform.finished());
+  }
 }
 
 TEST_CASE("installed: another refusal of the port manager is told, and passes the port over") {

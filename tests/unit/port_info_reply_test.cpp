@@ -57,6 +57,23 @@ TEST_CASE("port info reply: without conversion names stay as they came, the file
   CHECK(reply.platform.count("convert") == 0);
 }
 
+TEST_CASE("port info reply: without conversion the name is ended in the reply itself") {
+  for (const std::uint32_t convert : {0U, 1U, 2U}) {
+    ScriptedPlatform platform;
+    play_converter(platform, ebcdic);
+    mts_msg_ref_t* message = platform.received(whole_answer());
+    ficon_cmi_port_info_t* list = nullptr;
+    std::uint32_t count = 0;
+    char name[9];
+    REQUIRE(ficon_cmi_file_parse_port_info(1, message, &list, nullptr, name, convert, 37, &count) ==
+            0);
+    CHECK(static_cast<const std::uint8_t*>(mts_payload_get(message))[8 + 136] ==
+          (convert == 1 ? 0x7f : 0));
+    mtrack_free(list);
+    CHECK(platform.finished());
+  }
+}
+
 TEST_CASE("port info reply: ports back to back, in order, wherever the head stands") {
   Tlvs array = tlvs();
   array.add(0, info_port(0, 100));
@@ -154,6 +171,13 @@ TEST_CASE(
     mtrack_free(list);
     CHECK(platform.finished());
   }
+}
+
+TEST_CASE("port info reply: without a place for the count not even no ports are told") {
+  ScriptedPlatform platform;
+  mts_msg_ref_t* reply = platform.received(tlvs().add(13, info_head()));
+  CHECK(ficon_cmi_file_parse_port_info(1, reply, nullptr, nullptr, nullptr, 1, 37, nullptr) ==
+        0x40850003);
 }
 
 TEST_CASE("port info reply: without memory the plain 1") {

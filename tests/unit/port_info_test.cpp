@@ -201,6 +201,26 @@ TEST_CASE("port info, blocking: a reply that does not come, one that is refused"
       CHECK(platform.history().back() == "CMI_ERROR: Returning SOON retval:9 msg_type:2 type:" +
                                              std::to_string(installed) + "\n");
       CHECK(out.list == nullptr);
+      CHECK(out.count == 0x99);
+      CHECK(platform.finished());
+    }
+  }
+}
+
+TEST_CASE("port info, blocking: in the search for an installed port the count of all is not told") {
+  for (const PortInfoForm& form : port_info_forms()) {
+    for (const std::uint32_t type : {kPlainType, kInstalledType}) {
+      ScriptedPlatform platform;
+      play_converter(platform, ebcdic);
+      play_interfaces(platform, {1, 2, 3});
+      expect_getnext_type(platform, type);
+      expect_codepage(platform);
+      platform.expect_send(7856).reply(
+          tlvs().add(13, info_head()).add(0, info_port(1, 2)).add(0, zeros(106)));
+      PortInfoResult out;
+      CHECK(form.get(platform, 2, 1, 2, nullptr, out) == 0x40850003);
+      CHECK(out.count == (type == kInstalledType ? 0x99 : 2));
+      CHECK(out.list == nullptr);
       CHECK(platform.finished());
     }
   }

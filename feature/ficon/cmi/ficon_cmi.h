@@ -1414,7 +1414,8 @@ uint32_t ficon_cmi_file_info_nonblock(uint32_t requester, mts_handle_t handle, c
 /**
  * Read a reply with files. The requester is not used.
  *
- * @param list  [out] the files, for `mtrack_free`; null for none and on failure; may be null itself
+ * @param list  [out] the files, for `mtrack_free`; null for none; says nothing on failure; may be
+ * null itself
  * @param convert  1 turns names and descriptions into ASCII; one that cannot be converted is no
  * failure
  * @param count  [out] files in the reply; may be null

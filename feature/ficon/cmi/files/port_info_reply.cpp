@@ -30,12 +30,11 @@ struct Conversion {
 
 /** The file's name out of the reply's own record: converted, or terminated there in place. */
 Status hand_out_name(const Tlv& tlv, const Conversion& conversion, char* name) {
-  auto record = tlv.read<wire::PortInfoRequest>();
+  const auto record = tlv.read<wire::PortInfoRequest>();
   if (!conversion.to_ascii) {
     constexpr std::size_t kTerminator = offsetof(wire::PortInfoRequest, spare);
     static_assert(kTerminator == 136);
     if (tlv.length > kTerminator) static_cast<std::uint8_t*>(tlv.value)[kTerminator] = 0;
-    record.spare = 0;
     std::memcpy(name, record.file_name.raw, sizeof record.file_name.raw);
     name[sizeof record.file_name.raw] = '\0';
     return status::kOk;

