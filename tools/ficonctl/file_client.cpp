@@ -8,6 +8,7 @@
 
 #include "requester.h"
 #include "vsan_record.h"
+#include "wire/code_set.h"
 #include "wire/fcd_status.h"
 #include "wire/port_info.h"
 
@@ -211,10 +212,10 @@ void FileEdit::describe(const std::string& text) {
   std::copy_n(text.data(), std::min(text.size(), kDescriptionLength), header.description);
   const std::string what = "cannot describe " + file_.text();
   if (!converts_names(session_)) {
-    constexpr std::uint32_t kAscii = 1;
     auto* bytes = reinterpret_cast<std::uint8_t*>(header.description);
-    const std::uint32_t status = convert_codepage_and_copy(
-        kAscii, read_vsan(session_, file_.vsan).codepage, bytes, bytes, kDescriptionLength);
+    const std::uint32_t status =
+        convert_codepage_and_copy(wire::kAsciiCodeSet, read_vsan(session_, file_.vsan).codepage,
+                                  bytes, bytes, kDescriptionLength);
     if (status != 0) throw session_.failure(status, what);
   }
   session_.require(what, ficon_cmi_file_set_file_hdr, file_.vsan, nullptr, &key_, &header);

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "command.h"
+#include "wire/code_set.h"
 
 namespace ficon::ctl {
 namespace {
@@ -9,7 +10,6 @@ namespace {
 constexpr std::size_t kRows = 32;
 constexpr std::size_t kRowSize = 8;
 constexpr std::size_t kNameSize = kRowSize - 1;
-constexpr std::uint32_t kAscii = 1;
 constexpr std::uint32_t kEbcdic = 37;
 
 void list(Context& context) {
@@ -21,7 +21,7 @@ void list(Context& context) {
     const std::uint8_t* entry = buffer + row * kRowSize;
     const std::size_t length = std::min<std::size_t>(entry[0], kNameSize);
     std::string name(length, ' ');
-    convert_codepage_and_copy(kEbcdic, kAscii, entry + 1,
+    convert_codepage_and_copy(kEbcdic, wire::kAsciiCodeSet, entry + 1,
                               reinterpret_cast<std::uint8_t*>(name.data()),
                               static_cast<std::uint32_t>(length));
     json.push_back({{"row", row}, {"name", name}});

@@ -8,6 +8,7 @@
 #include "command.h"
 #include "parse.h"
 #include "vsan_record.h"
+#include "wire/code_set.h"
 #include "wire/host_data.h"
 
 namespace ficon::ctl {
@@ -117,13 +118,12 @@ void write_from(Context& context, const WriteArguments& arguments) {
 
 /** What each byte is for people: its character in the code page, a dot where it has none. */
 std::array<char, 256> printable_characters(std::uint32_t codepage) {
-  constexpr std::uint32_t kAscii = 1;
   std::array<char, 256> characters;
   for (std::size_t value = 0; value < characters.size(); ++value) {
     const auto byte = static_cast<std::uint8_t>(value);
     std::uint8_t converted = 0;
-    const bool known =
-        byte >= 0x40 && convert_codepage_and_copy(codepage, kAscii, &byte, &converted, 1) == 0;
+    const bool known = byte >= 0x40 && convert_codepage_and_copy(codepage, wire::kAsciiCodeSet,
+                                                                 &byte, &converted, 1) == 0;
     characters[value] = known && converted < 0x80 && std::isprint(converted) != 0
                             ? static_cast<char>(converted)
                             : '.';

@@ -13,9 +13,10 @@
 #include <optional>
 #include <utility>
 
+#include "wire/code_set.h"
+
 namespace {
 
-constexpr std::uint32_t kAscii = 1;
 constexpr std::int32_t kConverted = 1;  // the converter alone answers nonzero for success
 constexpr std::int32_t kFailed = 0;
 constexpr std::uint32_t kBadCharacter = 84;  // EILSEQ
@@ -43,7 +44,7 @@ std::optional<char16_t> character_of(UConverter* converter, char byte) {
 }
 
 std::optional<Page> load_page(std::uint32_t number) {
-  if (number == kAscii) return ascii_page();
+  if (number == ficon::wire::kAsciiCodeSet) return ascii_page();
   char name[32];
   std::snprintf(name, sizeof name, number < 1000 ? "ibm-%03u" : "ibm-%u", number);
   UErrorCode error = U_ZERO_ERROR;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "exchange/console.h"
+#include "wire/code_set.h"
 #include "wire/status.h"
 
 using namespace ficon;
@@ -14,7 +15,6 @@ const char* program_name = "ascii_ebcdic_convert";
 
 namespace {
 
-constexpr std::uint32_t kAscii = 1;  // the converter's number for it
 constexpr std::uint8_t kEbcdicBlank = 0x40;
 constexpr std::uint32_t kFileNameLength = 8;
 constexpr std::uint32_t kPortNameLength = 24;
@@ -51,7 +51,7 @@ bool convert_exactly(ficon_convert_fn_t converter, const void* text, std::uint32
 Status convert_name(ficon_convert_fn_t converter, std::uint32_t codepage, const char* name,
                     std::uint32_t length, std::uint8_t* field, std::uint32_t width) {
   Converted converted;
-  if (!convert_exactly(converter, name, length, kAscii, codepage, &converted)) {
+  if (!convert_exactly(converter, name, length, wire::kAsciiCodeSet, codepage, &converted)) {
     return status::kConversionFailed;
   }
   std::memcpy(field, converted.bytes, length);
@@ -109,7 +109,8 @@ uint32_t convert_ebcdic_filename_to_ascii(uint32_t codepage, const uint8_t* ebcd
   if (!has_converter(converter)) return status::kConversionFailed;
   std::memset(ascii_out, 0, kFileNameLength);
   Converted converted;
-  if (!convert_exactly(converter, ebcdic_name, kFileNameLength, codepage, kAscii, &converted)) {
+  if (!convert_exactly(converter, ebcdic_name, kFileNameLength, codepage, wire::kAsciiCodeSet,
+                       &converted)) {
     return status::kConversionFailed;
   }
   std::memcpy(ascii_out, converted.bytes, kFileNameLength);
@@ -138,7 +139,8 @@ uint32_t convert_ebcdic_portname_to_ascii(uint32_t codepage, const uint8_t* ebcd
   if (!has_converter(converter)) return status::kConversionFailed;
   std::memset(ascii_out, 0, kPortNameLength);
   Converted converted;
-  if (!convert_exactly(converter, ebcdic_name, kPortNameLength, codepage, kAscii, &converted)) {
+  if (!convert_exactly(converter, ebcdic_name, kPortNameLength, codepage, wire::kAsciiCodeSet,
+                       &converted)) {
     return status::kConversionFailed;
   }
   std::memcpy(ascii_out, converted.bytes, kPortNameLength);

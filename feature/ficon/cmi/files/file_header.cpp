@@ -7,12 +7,12 @@
 #include "exchange/exchange.h"
 #include "files/file_name.h"
 #include "files/file_request.h"
+#include "wire/code_set.h"
 
 using namespace ficon;
 
 namespace {
 
-constexpr std::uint32_t kAscii = 1;
 constexpr std::uint8_t kLongestDescription = 24;
 
 /** The file's name into the record, and the description to EBCDIC in the caller's own header. */
@@ -25,7 +25,8 @@ Status prepare_header(const Caller& caller, std::uint32_t codepage, char* file_n
     }
   }
   if (!ascii) return status::kOk;
-  return convert_codepage(kAscii, codepage, reinterpret_cast<std::uint8_t*>(header->description),
+  return convert_codepage(wire::kAsciiCodeSet, codepage,
+                          reinterpret_cast<std::uint8_t*>(header->description),
                           sizeof header->description);
 }
 

@@ -10,12 +10,12 @@
 #include "exchange/tlv_reader.h"
 #include "files/file_name.h"
 #include "files/file_request.h"
+#include "wire/code_set.h"
 
 using namespace ficon;
 
 namespace {
 
-constexpr std::uint32_t kAscii = 1;
 constexpr auto kGetNext = static_cast<std::uint32_t>(wire::MessageType::kGetNext);
 
 bool is_empty(const char* name) {
@@ -42,8 +42,8 @@ void convert_texts(ficon_cmi_file_info_t* file, std::uint32_t codepage) {
   convert_ebcdic_filename_to_ascii(codepage, reinterpret_cast<const std::uint8_t*>(file->file_name),
                                    name);
   std::memcpy(file->file_name, name, sizeof name);
-  convert_codepage(codepage, kAscii, reinterpret_cast<std::uint8_t*>(file->description),
-                   sizeof file->description);
+  convert_codepage(codepage, wire::kAsciiCodeSet,
+                   reinterpret_cast<std::uint8_t*>(file->description), sizeof file->description);
 }
 
 /** Second pass: the records, back to back. */

@@ -7,6 +7,7 @@
 #include "files/file_name.h"
 #include "files/installed_port.h"
 #include "wire/cmi_header.h"
+#include "wire/port_plan.h"
 
 using namespace ficon;
 
@@ -18,7 +19,6 @@ constexpr auto kGetNext = static_cast<std::uint32_t>(wire::MessageType::kGetNext
 /** The get-next type in which only installed ports count. */
 constexpr std::uint32_t kInstalledOnly = 2;
 
-constexpr std::uint32_t kNoPortAddress = 512;
 constexpr std::uint32_t kLastPortAddress = 255;
 
 struct Range {
@@ -52,7 +52,7 @@ Status next_interfaces(Range* range) {
 
 /** Everything behind the caller's port address, or all where it names none. */
 Status next_port_addresses(Range* range) {
-  const std::uint32_t start = range->start == kNoPortAddress ? 0 : range->start + 1;
+  const std::uint32_t start = range->start == wire::kNoPort ? 0 : range->start + 1;
   if (start > kLastPortAddress) return status::kNoNextPort;
   *range = {start, kLastPortAddress};
   return status::kOk;

@@ -4,12 +4,12 @@
 #include <cstring>
 
 #include "wire/byte_order.h"
+#include "wire/code_set.h"
 
 using namespace ficon;
 
 namespace {
 
-constexpr std::uint32_t kAscii = 1;
 constexpr std::uint32_t kEbcdic = 37;
 constexpr std::uint8_t kEbcdicBlank = 0x40;
 constexpr std::size_t kListNameLength = 7;
@@ -55,8 +55,9 @@ static_assert(sizeof(ListRow) == 8);
 
 void put_name(ListRow* row, const FruName& fru, std::size_t length) {
   row->length = static_cast<std::uint8_t>(length);
-  convert_codepage_and_copy(kAscii, kEbcdic, reinterpret_cast<const std::uint8_t*>(fru.name),
-                            row->name, static_cast<std::uint32_t>(length));
+  convert_codepage_and_copy(wire::kAsciiCodeSet, kEbcdic,
+                            reinterpret_cast<const std::uint8_t*>(fru.name), row->name,
+                            static_cast<std::uint32_t>(length));
 }
 
 constexpr std::size_t name_length(const FruName& fru) {

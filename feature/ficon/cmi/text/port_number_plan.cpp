@@ -10,8 +10,8 @@ constexpr std::uint32_t kLogicalSlot = 0;
 PortNumberPlan make_plan(const ficon_port_pn_entry_t* first, std::uint32_t size) {
   PortNumberPlan plan{};
   plan.size = size;
-  for (std::uint16_t& number : plan.defaults) number = wire::kNone;
-  while (plan.count < size && first[plan.count].port_number != wire::kNone) {
+  for (std::uint16_t& number : plan.defaults) number = wire::kNoPort;
+  while (plan.count < size && first[plan.count].port_number != wire::kNoPort) {
     plan.current[plan.count] = first[plan.count].port_number;
     ++plan.count;
   }
@@ -36,7 +36,7 @@ bool differs_from_defaults(const PortNumberPlan& plan) {
   for (std::uint32_t i = 0; i < plan.count; ++i) {
     if (plan.current[i] != plan.defaults[i]) return true;
   }
-  return plan.count < plan.size && plan.defaults[plan.count] != wire::kNone;
+  return plan.count < plan.size && plan.defaults[plan.count] != wire::kNoPort;
 }
 
 NumberRanges removed_ranges(const PortNumberPlan& plan) {

@@ -32,9 +32,6 @@ inline constexpr std::uint32_t kPortTableBlocks = 20;
 inline constexpr std::uint32_t kPortsPerBlock = kPortsPerModule;
 static_assert(kPortTableBlocks * kPortsPerBlock == kPortPositions);
 
-/** In a port-number or port-address field. */
-inline constexpr std::uint16_t kNone = 512;
-
 /** One position of the port table. */
 struct PortTableEntry {
   host16 port_number;
