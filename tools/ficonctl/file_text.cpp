@@ -80,7 +80,7 @@ FileText file_from_json(const std::string& text) {
   Json json;
   try {
     json = Json::parse(text);
-  } catch (const Json::parse_error& error) {
+  } catch (const Json::exception& error) {  // a number can be too large for any type, too
     throw UsageError("import: no JSON: " + std::string(error.what()));
   }
   if (!json.is_object()) refuse("the text", "expected an object");
