@@ -417,12 +417,18 @@ TEST_CASE("installed: trunk VSANs or a transceiver that cannot be read end the w
               .ends_with("CMI_ERROR: pm_cmi_get_trunk_vsan_info failed 0x40880033\n"));
     CHECK(world.platform.finished());
   }
-  World world({{50, Interface{}}});
-  world.platform.on.pm_cmi_get_fcot_info = [](auto&&...) { return 0x40880044U; };
-  CHECK(world.run({info_port(1, 50)}) == 0x40880044);
-  CHECK(world.taken() == 0);
-  CHECK(traced(world.platform).ends_with("CMI_ERROR: pm_cmi_get_fcot_info failed 0x40880044\n"));
-  CHECK(world.platform.finished());
+  for (const bool block : {false, true}) {  // a block may come with the failure: it is released
+    World world({{50, Interface{}}});
+    world.platform.on.pm_cmi_get_fcot_info = [&](mts_handle_t, auto, auto, auto*, auto*,
+                                                 pm_fcot_info_t** out, auto) {
+      if (block) *out = handed_out(std::vector<pm_fcot_info_t>(1));
+      return 0x40880044U;
+    };
+    CHECK(world.run({info_port(1, 50)}) == 0x40880044);
+    CHECK(world.taken() == 0);
+    CHECK(traced(world.platform).ends_with("CMI_ERROR: pm_cmi_get_fcot_info failed 0x40880044\n"));
+    CHECK(world.platform.finished());
+  }
 }
 
 TEST_CASE("installed: without memory for the port there is a warning and no port") {

@@ -193,7 +193,10 @@ TEST_CASE("port info, blocking: a reply that does not come, one that is refused"
       expect_codepage(platform);
       platform.expect_send(7856).recv_errors({62});
       PortInfoResult out;
+      ficon_cmi_port_info_t before{};
+      out.list = &before;
       CHECK(form.get(platform, 2, 1, 2, nullptr, out) == 0x40850043);
+      CHECK(out.list == &before);
       expect_getnext_type(platform, installed);
       expect_codepage(platform);
       platform.expect_send(7856).reply(tlvs().add(0, info_port(1, 2)).add(13, info_head(9)));

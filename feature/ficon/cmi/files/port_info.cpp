@@ -124,8 +124,8 @@ Status get_port_info(const PortInfoCall& call, const PortFamily& family, Send se
     if (replied) {
       trace("CMI_ERROR: Returning SOON retval:%x msg_type:%d type:%d\n", result,
             static_cast<int>(call.msgtype), static_cast<int>(type));
+      *call.list = ports;  // null after a failure
     }
-    if (replied) *call.list = result == 0 ? ports : nullptr;
     return result;
   }
   return pick_installed_port(caller, *call.vsan, range.start, ports, port_count, call.list,
