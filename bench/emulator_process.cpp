@@ -20,15 +20,19 @@ void pin_to_one_core() {
   sched_setaffinity(0, sizeof cores, &cores);
 }
 
-EmulatorProcess::EmulatorProcess(const char* program, const std::string& history) {
+EmulatorProcess::EmulatorProcess(const char* program, const std::vector<std::string>& options) {
   char directory[] = "/tmp/ficon-bench-XXXXXX";
   if (mkdtemp(directory) == nullptr) std::exit(2);
   directory_ = directory;
   const std::string store = directory_ + "/ficon.db";
   process_ = fork();
   if (process_ == 0) {
-    execl(program, program, "--socket", socket().c_str(), "--store", store.c_str(), "--history",
-          history.c_str(), nullptr);
+    std::vector<std::string> words = {program, "--socket", socket(), "--store", store};
+    words.insert(words.end(), options.begin(), options.end());
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    execv(program, arguments.data());
     std::perror(program);
     _exit(2);
   }

@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 namespace ficon::bench {
 
@@ -15,8 +16,8 @@ void pin_to_one_core();
 
 class EmulatorProcess {
  public:
-  /** `history`: the entries that its history keeps. */
-  explicit EmulatorProcess(const char* program, const std::string& history = "8192");
+  /** `options` behind those for its socket and store. */
+  explicit EmulatorProcess(const char* program, const std::vector<std::string>& options = {});
   EmulatorProcess(const EmulatorProcess&) = delete;
   EmulatorProcess& operator=(const EmulatorProcess&) = delete;
   ~EmulatorProcess();

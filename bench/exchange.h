@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace ficon::bench {
@@ -21,14 +22,16 @@ inline constexpr std::uint32_t kWait = 30'000;
   std::exit(2);
 }
 
-/** Another process that answers each packet with one of `reply_size` bytes. */
-inline int start_answerer(std::size_t reply_size) {
+/** Another process that answers each packet with one as long as its first bytes say. */
+inline int start_answerer() {
   int ends[2];
   socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends);
   if (fork() == 0) {
     close(ends[0]);
     std::vector<char> packet(64 * 1024);
     while (recv(ends[1], packet.data(), packet.size(), 0) > 0) {
+      std::size_t reply_size = 0;
+      std::memcpy(&reply_size, packet.data(), sizeof reply_size);
       send(ends[1], packet.data(), reply_size, 0);
     }
     _exit(0);
@@ -39,6 +42,7 @@ inline int start_answerer(std::size_t reply_size) {
 
 inline void ping_pong(int fd, std::size_t request_size, std::size_t reply_size) {
   static std::vector<char> packet(64 * 1024);
+  std::memcpy(packet.data(), &reply_size, sizeof reply_size);
   if (send(fd, packet.data(), request_size, 0) < 0 ||
       recv(fd, packet.data(), packet.size(), 0) != static_cast<ssize_t>(reply_size)) {
     fail("raw ping-pong");

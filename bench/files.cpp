@@ -102,8 +102,8 @@ void measure_setting(mts_handle_t handle) {
   const std::size_t few_size = bench::kFrame + kFileRequest + kFew * 44;
   const std::size_t all_size = bench::kFrame + kFileRequest + kAll * 44;
   const std::size_t reply_size = bench::kFrame + kFileRequest;
-  const int few_raw = bench::start_answerer(reply_size);
-  const int all_raw = bench::start_answerer(reply_size);
+  const int few_raw = bench::start_answerer();
+  const int all_raw = bench::start_answerer();
   const Entries few[] = {entries_of(kFew, 0), entries_of(kFew, 1)};
   const Entries all[] = {entries_of(kAll, 0), entries_of(kAll, 1)};
   const std::uint32_t key = operate(handle, wire::FileOperation::kOpen);
@@ -136,8 +136,8 @@ void measure_setting(mts_handle_t handle) {
 void measure_reading(mts_handle_t handle) {
   constexpr std::size_t kRequest = bench::kFrame + 4 + 4 + 145 + 4 + 8;
   constexpr std::size_t kReply = bench::kFrame + 4 + 4 + 145;
-  const int few_raw = bench::start_answerer(kReply + kFew * 111);
-  const int all_raw = bench::start_answerer(kReply + kAll * 111);
+  const int few_raw = bench::start_answerer();
+  const int all_raw = bench::start_answerer();
   std::vector<bench::Contender> contenders = {
       {"raw ping-pong of the bytes of 254",
        [&] { bench::ping_pong(all_raw, kRequest, kReply + kAll * 111); },

@@ -52,8 +52,8 @@ void write_locked(mts_handle_t handle, const std::vector<std::uint8_t>& block) {
 void measure_host_data(mts_handle_t handle) {
   constexpr std::size_t kRead[] = {bench::kFrame + 4, bench::kFrame + 12 + kBlock};
   constexpr std::size_t kWrite[] = {bench::kFrame + 12 + kBlock, bench::kFrame + 8};
-  const int reader = bench::start_answerer(kRead[1]);
-  const int writer = bench::start_answerer(kWrite[1]);
+  const int reader = bench::start_answerer();
+  const int writer = bench::start_answerer();
   std::vector<std::uint8_t> block(kBlock, 0x5a);
   write_locked(handle, block);
 
@@ -147,7 +147,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return std::fprintf(stderr, "usage: vsan_services FCD-EMULATOR\n"), 2;
   bench::pin_to_one_core();
   signal(SIGCHLD, SIG_IGN);
-  const bench::EmulatorProcess emulator(argv[1], std::to_string(kEntries));
+  const bench::EmulatorProcess emulator(argv[1], {"--history", std::to_string(kEntries)});
   mts_handle_t handle = emulator.open();
   measure_host_data(handle);
   fill_history(handle);

@@ -13,8 +13,7 @@ void add_entry(Bytes& reply, std::string_view label, std::size_t value) {
   wire::BoxCount entry{};
   entry.value.set(static_cast<std::uint32_t>(value));
   label.copy(reinterpret_cast<char*>(entry.label.raw), sizeof entry.label.raw - 1);
-  const Bytes bytes = to_bytes(entry);
-  reply.insert(reply.end(), bytes.begin(), bytes.end());
+  append(reply, entry);
 }
 
 }  // namespace

@@ -58,8 +58,7 @@ Bytes reply_with(wire::HistoryRequest command, const History& history, const Bat
   Bytes entries = to_bytes(head);
   entries.reserve(entries.size() + batch.count * sizeof(wire::HistoryEntry));
   for (std::uint32_t i = 0; i < batch.count; ++i) {
-    const Bytes entry = to_bytes(wire_entry(*history.at(batch.first + i)));
-    entries.insert(entries.end(), entry.begin(), entry.end());
+    append(entries, wire_entry(*history.at(batch.first + i)));
   }
   command.status.set(0);
   command.hist_key.set(batch.first + batch.count - 1);

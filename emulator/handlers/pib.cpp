@@ -44,8 +44,7 @@ Answer handle_pib(const Request& request, Switch& model) {
   head.last = static_cast<std::uint8_t>(std::min<std::size_t>(asked->last, all.size() - 1));
   Bytes records;
   for (std::size_t i = head.first; i <= head.last; ++i) {
-    const Bytes record = to_bytes(record_of(all[i]));
-    records.insert(records.end(), record.begin(), record.end());
+    append(records, record_of(all[i]));
   }
   return TlvReply()
       .add(TlvType::kPibRequest, head)

@@ -18,8 +18,7 @@ class Records {
  public:
   template <class Record>
   void add(const Record& record) {
-    const Bytes bytes = to_bytes(record);
-    tail_.insert(tail_.end(), bytes.begin(), bytes.end());
+    append(tail_, record);
     ++count_;
   }
   std::uint32_t count() const { return count_; }
@@ -42,16 +41,25 @@ Answer answer_ranges(const Request& request, const Switch& model, Make make) {
   if (request.payload.size() % sizeof(platform::InterfaceRange) != 0) {
     return Malformed{"port manager: the request is no list of ranges"};
   }
-  const auto interfaces = model.chassis().interfaces();
   Records records;
+  const auto add = [&](if_index_t if_index) {
+    const Port* port = model.chassis().port(if_index);
+    if (port != nullptr) records.add(make(if_index, *port));
+    return records.count() <= kMaxRecords;
+  };
+  std::vector<if_index_t> interfaces;  // all of them, for the ranges of more than one
   for (ByteView rest = request.payload; !rest.empty();
        rest = rest.subspan(sizeof(platform::InterfaceRange))) {
     const auto range = leading_record<platform::InterfaceRange>(rest);
-    auto at = std::ranges::lower_bound(interfaces, range.first.get());
-    for (; at != interfaces.end() && *at <= range.last.get(); ++at) {
-      if (records.count() == kMaxRecords) return Malformed{"port manager: too many interfaces"};
-      records.add(make(*at, *model.chassis().port(*at)));
+    bool room = true;
+    if (range.first.get() == range.last.get()) {
+      room = add(range.first.get());
+    } else {
+      if (interfaces.empty()) interfaces = model.chassis().interfaces();
+      auto at = std::ranges::lower_bound(interfaces, range.first.get());
+      while (room && at != interfaces.end() && *at <= range.last.get()) room = add(*at++);
     }
+    if (!room) return Malformed{"port manager: too many interfaces"};
   }
   return records.take();
 }

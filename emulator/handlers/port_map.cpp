@@ -10,17 +10,12 @@ namespace {
 
 using wire::TlvType;
 
-template <class Row>
-void append(Bytes& table, const Row& row) {
-  const Bytes bytes = to_bytes(row);
-  table.insert(table.end(), bytes.begin(), bytes.end());
-}
-
 Bytes interface_map(const PortPlan& plan) {
   Bytes table;
-  for (std::uint32_t number = 0; number < plan.rows(); ++number) {
+  table.reserve(plan.rows() * sizeof(wire::be32));
+  for (const if_index_t if_index : plan.interfaces_by_number()) {
     wire::be32 row{};
-    row.set(plan.interface_of(number));
+    row.set(if_index);
     append(table, row);
   }
   return table;
@@ -28,6 +23,7 @@ Bytes interface_map(const PortPlan& plan) {
 
 Bytes address_map(const PortPlan& plan) {
   Bytes table;
+  table.reserve(plan.rows() * sizeof(wire::AddressMapRow));
   for (std::uint32_t address = 0; address < plan.rows(); ++address) {
     wire::AddressMapRow row{};
     row.set(address < kPortAddresses ? plan.number_of_address(address) : kNoPortNumber);

@@ -23,8 +23,7 @@ Answer swap(const Request& request, Switch& model, std::uint32_t first, std::uin
   operation.first.set(swapped.first);
   operation.second.set(swapped.second);
   Bytes reply = to_bytes(head);
-  const Bytes tail = to_bytes(operation);
-  reply.insert(reply.end(), tail.begin(), tail.end());
+  append(reply, operation);
   return reply;
 }
 

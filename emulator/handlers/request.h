@@ -82,4 +82,11 @@ Bytes to_bytes(const Record& record) {
   return Bytes(bytes, bytes + sizeof(Record));
 }
 
+template <class Record>
+void append(Bytes& bytes, const Record& record) {
+  static_assert(alignof(Record) == 1);
+  const auto* begin = reinterpret_cast<const std::uint8_t*>(&record);
+  bytes.insert(bytes.end(), begin, begin + sizeof(Record));
+}
+
 }  // namespace ficon::emulator

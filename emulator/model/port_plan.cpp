@@ -47,7 +47,7 @@ PortPlan::PortPlan(const Chassis& chassis) : chassis_(&chassis) {
 void PortPlan::clear() {
   numbers_.fill(kNoPortNumber);
   by_address_.fill(kNoPortNumber);
-  owners_.clear();
+  owners_.fill(kNobody);
   logical_.clear();
 }
 
@@ -74,14 +74,13 @@ std::uint16_t PortPlan::address_of(std::uint32_t number) const {
 
 std::optional<NumberOwner> PortPlan::owner_of(std::uint32_t number) const {
   if (!is_number(number)) return std::nullopt;
-  const auto found = owners_.find(static_cast<PortNumber>(number));
-  return found == owners_.end() ? std::nullopt : std::optional(found->second);
+  return owners_[number] == kNobody ? std::nullopt : std::optional(owners_[number]);
 }
 
 std::vector<PortNumberRange> PortPlan::reserved_for(NumberOwner owner) const {
   std::vector<PortNumberRange> ranges;
-  for (const auto& [number, whose] : owners_) {
-    if (whose != owner) continue;
+  for (std::uint32_t number = 0; number < owners_.size(); ++number) {
+    if (owners_[number] != owner) continue;
     if (!ranges.empty() && ranges.back().last + 1 == number) {
       ranges.back().last = number;
     } else {
@@ -93,7 +92,9 @@ std::vector<PortNumberRange> PortPlan::reserved_for(NumberOwner owner) const {
 
 std::vector<PortNumber> PortPlan::numbers() const {
   std::vector<PortNumber> list;
-  for (const auto& [number, owner] : owners_) list.push_back(number);
+  for (std::uint32_t number = 0; number < owners_.size(); ++number) {
+    if (owners_[number] != kNobody) list.push_back(static_cast<PortNumber>(number));
+  }
   return list;
 }
 
@@ -110,6 +111,21 @@ if_index_t PortPlan::interface_of(std::uint32_t number) const {
   const std::uint32_t port = *position % wire::kPortsPerModule;
   if (port >= module->ports.size()) return 0;
   return platform::interface_index(platform::fibre_channel_port(module->slot - 1, port));
+}
+
+std::vector<if_index_t> PortPlan::interfaces_by_number() const {
+  std::vector<if_index_t> interfaces(rows());
+  for (const Module& module : chassis_->modules) {
+    const std::uint32_t first = positions_of(module.number).first;
+    for (std::uint32_t port = 0; port < module.ports.size(); ++port) {
+      const PortNumber number = numbers_[first + port];
+      if (number == kNoPortNumber) continue;
+      interfaces[number] =
+          platform::interface_index(platform::fibre_channel_port(module.slot - 1, port));
+    }
+  }
+  for (const auto& [number, if_index] : logical_) interfaces[number] = if_index;
+  return interfaces;
 }
 
 std::optional<std::uint32_t> PortPlan::position_of_interface(if_index_t if_index) const {
@@ -169,7 +185,7 @@ PlanVerdict PortPlan::check_ranges(NumberOwner owner,
 void PortPlan::take_away(PortNumber number) {
   if (const auto position = position_of(number)) numbers_[*position] = kNoPortNumber;
   logical_.erase(number);
-  owners_.erase(number);
+  owners_[number] = kNobody;
 }
 
 PlanVerdict PortPlan::reserve(NumberOwner owner, const std::vector<PortNumberRange>& ranges) {
@@ -271,7 +287,7 @@ bool PortPlan::restore_reservation(NumberOwner owner, const std::vector<PortNumb
   }
   for (const PortNumberRange& range : ranges) {
     for (std::uint32_t n = range.first; n <= range.last; ++n) {
-      owners_[static_cast<PortNumber>(n)] = owner;
+      owners_[n] = owner;
     }
   }
   return true;

@@ -36,6 +36,7 @@ struct PortNumberRange {
 /** Whom numbers are reserved for: a module by its number from 1, or 0 for the logical ports. */
 using NumberOwner = std::uint32_t;
 inline constexpr NumberOwner kLogicalPorts = 0;
+inline constexpr NumberOwner kNobody = 0xff;
 inline constexpr std::uint32_t kModules = wire::kFirstLogicalPort / wire::kPortsPerModule;
 
 /** The positions of an owner. */
@@ -69,6 +70,8 @@ class PortPlan {
   std::vector<PortNumberRange> reserved_for(NumberOwner owner) const;
   /** 0 for a number without an interface. */
   if_index_t interface_of(std::uint32_t number) const;
+  /** The same of every number, a row each: what the port map sends. */
+  std::vector<if_index_t> interfaces_by_number() const;
   PortNumber number_of_interface(if_index_t if_index) const;
   /** Where a physical interface stands; null for others. */
   std::optional<std::uint32_t> position_of_interface(if_index_t if_index) const;
@@ -110,7 +113,7 @@ class PortPlan {
   const platform::Chassis* chassis_;
   std::array<PortNumber, wire::kPortPositions> numbers_;  // by position
   std::array<PortNumber, kPortAddresses> by_address_;
-  std::map<PortNumber, NumberOwner> owners_;
+  std::array<NumberOwner, wire::kPortPositions> owners_;  // by number; kNobody: not reserved
   std::map<PortNumber, if_index_t> logical_;  // numbers of the logical ports with an interface
 };
 

@@ -49,7 +49,7 @@ void show(Context& context, const Arguments& arguments) {
 }
 
 std::vector<MappedPort> ports_of_module(Context& context, const std::string& text) {
-  const auto ports = with_interface(read_module(context.session, parse_module(text)));
+  auto ports = with_interface(read_module(context.session, parse_module(text)));
   if (ports.empty()) {
     throw Failure(0, "no-such-module", "module " + text + " has no ports",
                   "`ficonctl portmap show` lists the ports that there are");
