@@ -228,3 +228,27 @@ TEST_CASE_FIXTURE(Director, "New files begin as the default prohibit setting say
   CHECK(operator_.masks("CLOSED") == masks_of(1));
   CHECK(operator_.masks("PROD") == Masks{});
 }
+
+TEST_CASE_FIXTURE(Director, "Names of every printable character come back in every code page") {
+  std::vector<ficon_cmi_port_name_entry_t> entries(4);
+  for (std::size_t i = 0; i < 4 * 24; ++i) {
+    ficon_cmi_port_name_entry_t& entry = entries[i / 24];
+    entry.port_address = static_cast<std::uint32_t>(0x40 + i / 24);
+    entry.port_name[i % 24] = static_cast<char>(i < 95 ? ' ' + i : 'x');
+  }
+  for (const std::uint32_t page :
+       {37U,   273U,  277U,  278U,  280U,  284U,  285U,  297U,  500U,  871U, 1047U,
+        1140U, 1141U, 1142U, 1143U, 1144U, 1145U, 1146U, 1147U, 1148U, 1149U}) {
+    CAPTURE(page);
+    REQUIRE(operator_.call(ficon_cmi_set_codepage, page) == 0);
+    char name[9] = "PROD";
+    std::uint32_t* const no_key = nullptr;
+    std::uint32_t* const no_status = nullptr;
+    REQUIRE(operator_.call(ficon_cmi_file_set_port_name_portaddr, name, no_key, entries.data(), 4U,
+                           no_status) == 0);
+    const auto ports = operator_.ports("PROD");
+    for (const ficon_cmi_port_name_entry_t& entry : entries) {
+      CHECK(std::memcmp(ports[entry.port_address].port_name.raw, entry.port_name, 24) == 0);
+    }
+  }
+}
