@@ -95,7 +95,11 @@ TEST_CASE("port map: a span holds at most 36 ports and stays in its block") {
 
 TEST_CASE("port map: a start beyond the block is asked for and gives no entries") {
   for (const auto& [start, logical, count_bits] :
-       {std::tuple{64U, 0, 0U}, {70U, 0, 0xfffffffaU}, {300U, 1, 0xffffffd4U}}) {
+       {std::tuple{64U, 0, 0U},
+        {70U, 0, 0xfffffffaU},
+        {300U, 1, 0xffffffd4U},
+        {0x80000041U, 0, 0x7fffffffU},  // so far beyond that the count's sign turns
+        {0x80000101U, 1, 0x7fffffffU}}) {
     PortMapWorld world;
     world.platform.expect_send(7856).reply(answer(port_rows(2)));
     Entries entries;

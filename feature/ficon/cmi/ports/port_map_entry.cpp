@@ -19,9 +19,9 @@ constexpr std::uint32_t kSpanPorts = 36;
 struct Span {
   std::uint32_t first;
   std::uint32_t last;
-  std::uint32_t count;  // a start beyond the block makes it 0 or a negative number's bits
+  std::uint32_t count;  // a start beyond the block makes it 0 or wrap below 0
 
-  bool empty() const { return static_cast<std::int32_t>(count) < 1; }
+  bool empty() const { return count == 0 || count > kSpanPorts; }
 };
 
 Span span_of(std::uint32_t block_first, std::uint32_t block_ports, std::uint32_t start) {
@@ -82,6 +82,7 @@ std::uint8_t port_byte(wire::host16 port) {
   return port.get() == wire::kNoPort ? wire::kNoPortByte : static_cast<std::uint8_t>(port.get());
 }
 
+/** Looked up by the byte that the entry holds, not by the whole port number: intended. */
 bool logical_interface(std::uint8_t port_number, const SpanTables& tables, if_index_t* if_index) {
   return port_number < tables.rows &&
          ficon_pmap_get_pn_to_phyif(port_number, if_index, tables.rows, tables.interfaces) == 0 &&
