@@ -203,6 +203,22 @@ TEST_CASE("port map: a refused or malformed answer") {
   CHECK(failure(answer(port_rows(36)).add(27, zeros(1279 * 4)), "") == 0x40850003);
 }
 
+TEST_CASE("port map: a walk that fails is traced, in other words in its second pass") {
+  // two added TLVs, send, receive, payload, count; then the answer's one TLV, once a pass
+  for (const auto& [call, traced] : {std::pair{7, "CMI_ERROR: tlv_next_tlv gave error\n"},
+                                     {8, "CMI_ERROR: Next tlv failed for ports.\n"}}) {
+    PortMapWorld world;
+    world.platform.expect_send(7856).reply(tlvs().add(31, port_rows(36)));
+    world.platform.fail_call(call);
+    Entries entries;
+    std::uint32_t count = 0;
+    CHECK(get(world, 1, 0, 0, entries, count) == kInjected);
+    CHECK(world.platform.history() == std::vector<std::string>{traced});
+    CHECK(difference(Bytes(36 * 7, kOld), entries.bytes) == "");
+    CHECK(world.platform.finished());
+  }
+}
+
 TEST_CASE("port map: the slot's error is the result") {
   PortMapWorld world;
   world.platform.expect_send(7856).reply(answer(port_rows(36)));
