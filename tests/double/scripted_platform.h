@@ -114,6 +114,11 @@ class ScriptedPlatform {
 
   /** The n-th call (from 1) that can fail does. */
   ScriptedPlatform& fail_call(int n, std::int32_t error = kInjectedError);
+  /** Drops of replies are told to have failed; the replies are gone all the same. */
+  ScriptedPlatform& fail_reply_drops(std::int32_t error) {
+    reply_drop_error_ = error;
+    return *this;
+  }
   /** The n-th allocation (from 1) gives null. */
   ScriptedPlatform& fail_allocation(int n);
   bool fault_was_hit() const { return !fault_.empty(); }
@@ -193,6 +198,7 @@ class ScriptedPlatform {
   std::map<const void*, std::string> blocks_;
   int fail_call_ = 0;
   std::int32_t fail_error_ = kInjectedError;
+  std::int32_t reply_drop_error_ = 0;
   int fail_allocation_ = 0;
   std::string fault_;
 };

@@ -222,7 +222,9 @@ std::int32_t ScriptedPlatform::drop(mts_handle_t handle, mts_msg_ref_t* msg) {
   if (message == nullptr || message->dropped) return -1;
   if (message->belongs_to_test) problem("a parse function dropped its reply");
   message->drop();
-  return 0;
+  if (message->request || reply_drop_error_ == 0) return 0;
+  error_ = reply_drop_error_;
+  return -1;
 }
 
 void* ScriptedPlatform::payload(mts_msg_ref_t* msg) {

@@ -97,6 +97,20 @@ TEST_CASE("port map walk: other types hand out installed ports alone") {
   CHECK(empty.platform.finished());
 }
 
+TEST_CASE(
+    "port map walk: a failed drop is the result where no port is handed out, and only there") {
+  struct Case {
+    std::uint32_t type, if_index, status;
+  };
+  for (const Case& c : {Case{3, 0, 22}, Case{3, 8, 0}, Case{1, 0, 0}}) {
+    Walk walk({{c.if_index, 1, 2}});
+    walk.platform.fail_reply_drops(22);
+    CHECK(walk.run(c.type) == c.status);
+    CHECK(walk.keys == (c.status == 0 ? Keys{c.if_index, 1, 2} : kStart));
+    CHECK(walk.platform.finished());
+  }
+}
+
 TEST_CASE("port map walk: other types hand out what they find") {
   Walk found({{8, 1, 2}});
   CHECK(found.run(3) == 0);
