@@ -104,6 +104,7 @@ uint32_t ficon_cmi_mihpto(uint32_t requester, mts_handle_t handle, const char* w
   record.operation = mih_op;
   const auto send = [&](mts_msg_ref_t* request) {
     return sent_or_errno(handle,
+                         // one option word where other requests set two: intended
                          send_to_fcd(handle, wire::Opcode::kMihTimeout, &record, sizeof record,
                                      request, SendOptions::kOneWord),
                          "ficon_cmi_mihpto", 5313);
