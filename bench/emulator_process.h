@@ -22,7 +22,9 @@ class EmulatorProcess {
   EmulatorProcess& operator=(const EmulatorProcess&) = delete;
   ~EmulatorProcess();
 
-  std::string socket() const { return directory_ + "/socket"; }
+  /** In a directory that goes when the emulator does. */
+  std::string file(const std::string& name) const { return directory_ + "/" + name; }
+  std::string socket() const { return file("socket"); }
   pid_t process() const { return process_; }
 
   /** A handle, FICON enabled on kVsan; ends the program when that fails. */

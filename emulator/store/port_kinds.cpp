@@ -20,10 +20,6 @@ void append(std::string& bytes, const Record& record) {
   bytes.append(reinterpret_cast<const char*>(&record), sizeof record);
 }
 
-std::string key_of(wire::SavedRecord type, std::uint32_t offset = 0) {
-  return saved_config_key(static_cast<std::uint8_t>(static_cast<std::uint32_t>(type) + offset));
-}
-
 json reservations_of(const PortPlan& plan) {
   json list = json::array();
   for (NumberOwner owner = 0; owner <= kModules; ++owner) {
@@ -106,8 +102,8 @@ void write_port_records(const Switch& model, const PathParts&, SavedRecords& rec
     if_index.set(plan.interface_of(row));
     append(interfaces, if_index);
   }
-  records[key_of(wire::SavedRecord::kAddressToNumberMap)] = std::move(addresses);
-  records[key_of(wire::SavedRecord::kNumberToInterfaceMap)] = std::move(interfaces);
+  records[saved_config_key(wire::SavedRecord::kAddressToNumberMap)] = std::move(addresses);
+  records[saved_config_key(wire::SavedRecord::kNumberToInterfaceMap)] = std::move(interfaces);
   for (std::uint32_t block = 0; block < wire::kPortTableBlocks; ++block) {
     std::string table;
     for (std::uint32_t p = 0; p < wire::kPortsPerBlock; ++p) {
@@ -117,7 +113,7 @@ void write_port_records(const Switch& model, const PathParts&, SavedRecords& rec
       entry.port_address.set(plan.address_of(number));
       append(table, entry);
     }
-    records[key_of(wire::SavedRecord::kPortTable, block)] = std::move(table);
+    records[saved_config_key(wire::SavedRecord::kPortTable, block)] = std::move(table);
   }
 }
 
@@ -126,7 +122,7 @@ void write_default_prohibit_record(const Switch& model, const PathParts&, SavedR
   word.set(model.prohibit_settings().prohibited_by_default ? 1 : 0);
   std::string value;
   append(value, word);
-  records[key_of(wire::SavedRecord::kDefaultProhibit)] = std::move(value);
+  records[saved_config_key(wire::SavedRecord::kDefaultProhibit)] = std::move(value);
 }
 
 }  // namespace ficon::emulator

@@ -12,6 +12,7 @@
 
 #include "model/switch.h"
 #include "store/object_path.h"
+#include "wire/saved_config.h"
 
 namespace ficon::emulator {
 
@@ -24,8 +25,8 @@ struct SavedConfigKind {
   void (*write)(const Switch&, const PathParts&, SavedRecords&);
 };
 
-/** The 8-byte key of a record: its type, then zeros. */
-std::string saved_config_key(std::uint8_t type);
+/** The 8-byte key of a record: its type, for the port table with a block, then zeros. */
+std::string saved_config_key(wire::SavedRecord type, std::uint32_t block = 0);
 
 /** Key and value of the debug settings, which have a table of their own. */
 std::pair<std::string, std::string> debug_record(std::uint32_t logging_level);

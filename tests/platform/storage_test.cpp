@@ -99,6 +99,22 @@ TEST_CASE("a store sees what is written after it was opened") {
   CHECK(pss_fetch(store, key.data(), key.size(), value, &length) == 0);
 }
 
+TEST_CASE("a file that took the place of another is read when its store is opened again") {
+  StoreFile file;
+  const Key key{0x24};
+  std::uint8_t value[4];
+  std::uint32_t length = sizeof value;
+  pss_store_t before = file.open();
+  REQUIRE(before != nullptr);
+  CHECK(pss_fetch(before, key.data(), key.size(), value, &length) != 0);
+  StoreFile other;
+  other.run("INSERT INTO ficon_saved_config VALUES (x'2400000000000000', x'07')");
+  std::filesystem::rename(other.path(), file.path());
+  pss_store_t after = file.open();
+  CHECK(after == before);
+  CHECK(pss_fetch(after, key.data(), key.size(), value, &length) == 0);
+}
+
 TEST_CASE("what is no store is refused") {
   StoreFile file;
   CHECK(pss_open("nowhere") == nullptr);

@@ -108,12 +108,16 @@ TEST_CASE("configuration text: VSANs that were not asked for are left out, their
   CHECK(world.startup() == "[1] ficon port default-state prohibit-all\n");
 }
 
-TEST_CASE("configuration text: a VSAN beyond the bitmap is no VSAN") {
+TEST_CASE("configuration text: a VSAN beyond the bitmap has no line, but is one") {
   ConfigTextWorld world;
-  world.config[vsan_key(0x0f, 0xff)] = {};
+  world.word(36, 1);
   world.config[vsan_key(0x10, 0x00)] = {};
+  CHECK(world.startup() == "[1] ficon port default-state prohibit-all\n");
+  world.config[vsan_key(0x0f, 0xff)] = {};
   world.config[vsan_key(0xff, 0xff)] = {};
-  CHECK(world.startup() == "[1] ficon vsan 4095\n");
+  CHECK(world.startup() ==
+        "[1] ficon vsan 4095\n"
+        "[1] ficon port default-state prohibit-all\n");
 }
 
 TEST_CASE("configuration text: MIH time-outs are written from encoding 68 on") {

@@ -1508,19 +1508,89 @@ uint32_t ficon_cmi_set_saved_file(uint32_t requester, mts_handle_t handle, const
 
 /* ---- Running and startup configuration text ---- */
 
+/*
+ * The feature's configuration as the command lines that make it again, out of fcd's saved
+ * configuration and debug settings in persistent storage: no message is sent, no lock taken. A
+ * store's keys are 8 bytes: the record's type, then zeros unless the record says more. Values are
+ * in host order but for the interface map, which holds interface indexes as they travel.
+ */
+
+/**
+ * Answer a request of the configuration-text service: opens both stores where the context says,
+ * generates, and responds. The name of a store longer than 127 characters is cut.
+ *
+ * @return what `acfg_respond` returns
+ */
 uint32_t ficon_startup_acfg_gen(acfg_req_t request, acfg_ctx_t context);
+
+/**
+ * Hand the lines to the service: the feature (element 3), port numbers (2), VSANs and defaults (1),
+ * interfaces (4), and the logging level as a group line. What cannot be read is taken for its
+ * default, and a line that cannot be made is left out: failures are never reported. Lines longer
+ * than 255 characters, 254 for an interface, are cut. Without `MAX_FICON_PORTS` nothing is handed
+ * over, and with more than 16384 ports the logging level alone.
+ *
+ * @param handle        of `acfg_hdl_init`; still the caller's
+ * @param context       says which VSANs and interfaces are asked for
+ * @param config_store  the saved configuration; null: none of its lines
+ * @param debug_store   the debug settings; null: no logging level
+ * @return 0
+ */
 uint32_t libficon_ascii_gen(acfg_hdl_t handle, acfg_ctx_t context, pss_store_t config_store,
                             pss_store_t debug_store);
+
+/**
+ * Key of the map from port addresses to port numbers, a row of 16 bits an address, type 8.
+ *
+ * @param key  points to the caller's pointer to 8 bytes, which are all written; nothing is
+ *             allocated
+ * @return 0
+ */
 uint32_t ficon_pss_build_pa_pn_map_key(uint8_t** key);
+
+/** Likewise of the map from port numbers to interfaces, a row of 32 bits a number, type 9. */
 uint32_t ficon_pss_build_pn_if_map_key(uint8_t** key);
+
+/**
+ * Likewise of a block of the port table, 64 entries of `ficon_port_pn_entry_t`, type 13 + block.
+ *
+ * @param block  0 to 19; positions from 64 * block on. It is not checked
+ */
 uint32_t ficon_pss_build_port_pn_map_key(uint8_t** key, uint32_t block);
+
+/**
+ * Copy the first n bytes of bits out of a stored bitset.
+ *
+ * @param bitset  a header of 32 bits, which is passed over, then at least n bytes; any alignment
+ * @param array   [out] n bytes
+ */
 void ficon_bitset_to_bitarray(const void* bitset, uint8_t* array, uint32_t n);
+
+/** Copy n bytes of bits into a stored bitset; its header stays as it is. */
 void ficon_bitset_from_bitarray(void* bitset, const uint8_t* array, uint32_t n);
 
 /* ---- FICON field-replaceable units ---- */
 
+/**
+ * The identifier by which FICON reports a unit.
+ *
+ * @param slot       from 1; looked at for card type 0 alone
+ * @param card_type  the platform's; 0 is a slot without a card
+ * @return the identifier; -1 for a card type that is none of FICON's, and for card type 0 outside
+ *         slots 1 to 6
+ */
 int32_t get_fru_id(uint32_t slot, uint16_t card_type);
+
+/** FICON's state of a module, from the platform's: 0, 1, 2, 3 are 0, 3, 1, 5; any other is 6. */
 uint32_t ficon_convert_pfm_oper_state(uint32_t state);
+
+/**
+ * The names of the units in code page 37, 32 rows of 8 bytes: the length, then 7 bytes of name
+ * padded with blanks (0x40). Row 0 is all zeros; rows 1 to 30 are named for identifiers 1 to 29 and
+ * 32, a longer name cut to 7 characters; row 31 is row 1 again, which is intended.
+ *
+ * @param buffer  [out] 256 bytes
+ */
 void ficon_get_list_of_ficon_fru(uint8_t* buffer);
 
 #ifdef __cplusplus

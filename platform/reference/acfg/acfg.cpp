@@ -35,8 +35,8 @@ struct Element {
   std::vector<std::pair<std::uint32_t, std::uint32_t>> after;  // feature and element
 };
 
-std::string indented(const char* text, std::uint32_t indent) {
-  return std::string(indent * kIndent, ' ') + text;
+void append(std::string& lines, const char* text, std::uint32_t indent) {
+  lines.append(indent * kIndent, ' ').append(text);
 }
 
 std::string heading(if_index_t if_index) {
@@ -156,7 +156,7 @@ uint32_t acfg_elem_str_add_indent(acfg_hdl_t handle, uint32_t element, const cha
                                   uint32_t indent) {
   Element* found = handle->find(element);
   if (found == nullptr) return kUnknownElement;
-  found->lines += indented(text, indent);
+  append(found->lines, text, indent);
   return 0;
 }
 
@@ -166,7 +166,7 @@ uint32_t acfg_elem_ifindex_str_add_indent(acfg_hdl_t handle, uint32_t element, i
   if (found == nullptr) return kUnknownElement;
   const auto [place, is_new] = found->place_of.try_emplace(if_index, found->interfaces.size());
   if (is_new) found->interfaces.emplace_back(if_index, "");
-  found->interfaces[place->second].second += indented(text, indent);
+  append(found->interfaces[place->second].second, text, indent);
   return 0;
 }
 

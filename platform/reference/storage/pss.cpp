@@ -4,6 +4,7 @@
  */
 #include <platform/pss.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "wire/status.h"
 
@@ -23,7 +25,7 @@ constexpr std::uint32_t kNoRoom = 0x40480002;
 constexpr std::uint32_t kUnreadable = 0x40480004;
 
 struct CloseDatabase {
-  void operator()(sqlite3* database) const { sqlite3_close(database); }
+  void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
 };
 struct FinalizeStatement {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -35,6 +37,14 @@ Statement prepare(sqlite3* database, const std::string& sql) {
   sqlite3_stmt* statement = nullptr;
   sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr);
   return Statement(statement);
+}
+
+/** Which file it is, whatever its name; 0, 0: none. */
+using FileIdentity = std::pair<dev_t, ino_t>;
+FileIdentity identity_of(const std::string& file) {
+  struct stat status {};
+  if (stat(file.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino};
 }
 
 /** What a result of a step means for whoever reads. */
@@ -53,8 +63,10 @@ struct pss_store {
   Statement walk;
   Statement fetch;
   pss_location place;
+  FileIdentity identity;
 
   bool open(const std::string& file, const std::string& table) {
+    identity = identity_of(file);
     sqlite3* opened = nullptr;
     const int result = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
     database.reset(opened);
@@ -68,7 +80,7 @@ struct pss_store {
 
 namespace {
 
-/** Nobody closes a store: each is opened once in a process and stays. */
+/** Nobody closes a store: each is opened once in a process, and again when its file is another. */
 std::mutex stores_mutex;
 std::map<std::string, pss_store>& stores() {
   static auto& all = *new std::map<std::string, pss_store>;
@@ -86,14 +98,18 @@ pss_store_t pss_open(const char* uri) {
   const std::string text = uri;
   const std::size_t slash = text.rfind('/');
   if (slash == std::string::npos || !is_table_name(text.substr(slash + 1))) return nullptr;
+  const std::string file = text.substr(0, slash);
   const std::lock_guard guard(stores_mutex);
-  if (const auto known = stores().find(text); known != stores().end()) return &known->second;
+  const auto known = stores().find(text);
+  if (known != stores().end() && known->second.identity == identity_of(file)) {
+    return &known->second;
+  }
   pss_store store;
-  if (!store.open(text.substr(0, slash), text.substr(slash + 1))) {
+  if (!store.open(file, text.substr(slash + 1))) {
     std::fprintf(stderr, "pss: %s cannot be read: %s\n", uri, sqlite3_errmsg(store.database.get()));
     return nullptr;
   }
-  return &stores().emplace(text, std::move(store)).first->second;
+  return &stores().insert_or_assign(text, std::move(store)).first->second;
 }
 
 uint32_t pss_move2location(pss_store_t store, uint32_t where, pss_location_t* location) {

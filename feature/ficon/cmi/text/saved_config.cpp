@@ -4,8 +4,6 @@
 
 #include <cstring>
 
-#include "wire/status.h"
-
 namespace ficon {
 namespace {
 
@@ -17,9 +15,8 @@ void note(const wire::SavedConfigKey& key, const void* value, std::uint32_t leng
           SavedSettings* settings) {
   switch (wire::SavedRecord{key.type}) {
     case wire::SavedRecord::kVsan:
-      if (key.vsan.get() >= VsanSet::kVsans) break;
-      settings->vsans.add(key.vsan.get());
-      settings->any_vsan = true;
+      settings->any_vsan = true;  // also one that nobody can ask for
+      if (key.vsan.get() < VsanSet::kVsans) settings->vsans.add(key.vsan.get());
       break;
     case wire::SavedRecord::kFeatureEnabled:
       settings->feature_enabled = first_word(value, length);
