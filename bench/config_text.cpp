@@ -5,6 +5,7 @@
 #include <platform/pss.h>
 #include <sqlite3.h>
 #include <transport/endpoint.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -94,7 +95,7 @@ class StoreFile {
       Bytes table;
       for (std::uint32_t p = 0; p < wire::kPortsPerBlock; ++p) {
         append16(table, block * wire::kPortsPerBlock + p);
-        append16(table, wire::kNone);
+        append16(table, wire::kNoPort);
         table.resize(table.size() + 16);
       }
       put(key(wire::SavedRecord::kPortTable, block), table);
@@ -145,12 +146,40 @@ void measure_store(const std::string& path, std::uint32_t vsans) {
   bench::print(contenders);
 }
 
+/** The description of a chassis with as many ports as there can be, in a file of its own. */
+class ChassisFile {
+ public:
+  ChassisFile() {
+    std::string text = "slots = 16\nficon_ports = 1280\n";
+    for (int slot = 1; slot <= 16; ++slot) {
+      text += "[[module]]\nslot = " + std::to_string(slot) + "\nports = 64\n";
+    }
+    for (int channel = 1; channel <= 256; ++channel) {
+      text += "[[port_channel]]\nnumber = " + std::to_string(channel) + "\n";
+    }
+    const int fd = mkstemp(path_);
+    if (write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+      fail("describing a chassis");
+    }
+    close(fd);
+  }
+  ChassisFile(const ChassisFile&) = delete;
+  ChassisFile& operator=(const ChassisFile&) = delete;
+  ~ChassisFile() { unlink(path_); }
+
+  const char* path() const { return path_; }
+
+ private:
+  char path_[32] = "/tmp/ficon-chassis-XXXXXX";
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) return std::fprintf(stderr, "usage: config_text FCD-EMULATOR CHASSIS\n"), 2;
+  if (argc != 2) return std::fprintf(stderr, "usage: config_text FCD-EMULATOR\n"), 2;
   bench::pin_to_one_core();
-  const bench::EmulatorProcess emulator(argv[1], {"--chassis", argv[2]});
+  const ChassisFile chassis;
+  const bench::EmulatorProcess emulator(argv[1], {"--chassis", chassis.path()});
   const mts_handle_t handle = emulator.open();
   for (const std::uint32_t vsans : {1U, 100U, 4093U}) {
     measure_store(emulator.file("store-" + std::to_string(vsans)), vsans);

@@ -66,6 +66,16 @@ struct Damage {
   std::string text;
 };
 
+std::string removal(const Damage& damage) {
+  return "DELETE FROM " + damage.records;
+}
+
+std::string cut(const Damage& damage) {
+  const std::size_t table = std::min(damage.records.find(" WHERE"), damage.records.size());
+  return "UPDATE " + damage.records.substr(0, table) + " SET value=x'0102'" +
+         damage.records.substr(table);
+}
+
 const std::vector<Damage> kDamages = {
     {"ficon_saved_config WHERE key=x'2300000000000000'",
      kVsans + kProhibit + kPort + kTunnel + kLogging},
@@ -98,11 +108,7 @@ TEST_CASE("a record that is missing or cut short is taken for its default") {
       CAPTURE(missing);
       const LeftSwitch damaged;
       damaged.build();
-      const auto where = damage.records.find(" WHERE");
-      const std::string table = damage.records.substr(0, where);
-      const std::string rows = where == std::string::npos ? "" : damage.records.substr(where);
-      damaged.run(missing ? "DELETE FROM " + damage.records
-                          : "UPDATE " + table + " SET value=x'0102'" + rows);
+      damaged.run(missing ? removal(damage) : cut(damage));
       const Result shown = damaged.tool("config running");
       CHECK(shown.status == 0);
       CHECK(shown.out == damage.text);
