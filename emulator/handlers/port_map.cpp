@@ -32,7 +32,7 @@ Bytes address_map(const PortPlan& plan) {
   return table;
 }
 
-Bytes port_records(const PortPlan& plan, const wire::PortNumberRange& range) {
+Bytes port_records(const PortPlan& plan, const wire::PortRange& range) {
   Bytes table;
   // A range that ends before it begins asks for no port at all, which is no mistake.
   for (std::uint32_t position = range.first.get(); position <= range.last.get(); ++position) {
@@ -57,7 +57,7 @@ Answer port_map_tables(const wire::PortInfoRequest& asked, const TlvMessage& mes
   if (wire::PortSelector{asked.selector.get()} == wire::PortSelector::kEveryPortNumber) {
     reply.add(TlvType::kAddressToNumberMap, ByteView(address_map(plan)));
   } else {
-    const auto* range = message.record<wire::PortNumberRange>(TlvType::kPortNumberRange);
+    const auto* range = message.record<wire::PortRange>(TlvType::kPortNumberRange);
     if (range == nullptr) return Malformed{"port map without its range"};
     if (range->first.get() <= range->last.get() && range->last.get() >= wire::kPortPositions) {
       return FcdStatus::kNotAPortPosition;

@@ -6,6 +6,7 @@
 #include "exchange/exchange.h"
 #include "ports/port_map_reply.h"
 #include "ports/port_states.h"
+#include "wire/port_info_request.h"
 #include "wire/port_map.h"
 #include "wire/port_plan.h"
 
@@ -39,7 +40,7 @@ struct SpanTables {
 
 Status read_span(const Caller& caller, const Span& span, SpanTables& tables) {
   const auto send = [&](mts_msg_ref_t* request) -> Sent {
-    wire::PortNumberRange range{};
+    wire::PortRange range{};
     range.first.set(span.first);
     range.last.set(span.last);
     return PortMapTlvs()

@@ -25,11 +25,4 @@ static_assert(offsetof(PortInfo, port_name) == 18);
 static_assert(offsetof(PortInfo, port_name_end) == 42);
 static_assert(offsetof(PortInfo, prohibited) == 43);
 
-/** The range that a query asks for, both ends included. */
-struct PortRange {
-  be32 first;
-  be32 last;
-};
-static_assert(is_packed<PortRange, 8>);
-
 }  // namespace ficon::wire

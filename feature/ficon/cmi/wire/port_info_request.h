@@ -33,4 +33,14 @@ static_assert(offsetof(PortInfoRequest, file_name) == 128);
 static_assert(offsetof(PortInfoRequest, file_key) == 137);
 static_assert(offsetof(PortInfoRequest, status) == 141);
 
+/**
+ * What the request asks for, both ends included: of port positions in the port map, of port
+ * addresses or interface indexes in a configuration file.
+ */
+struct PortRange {
+  be32 first;
+  be32 last;
+};
+static_assert(is_packed<PortRange, 8>);
+
 }  // namespace ficon::wire

@@ -8,12 +8,6 @@ namespace ficon::wire {
 /** The port map's question leaves the query flags at this value. */
 inline constexpr std::uint32_t kPortMapQuery = 1;
 
-struct PortNumberRange {
-  be32 first;
-  be32 last;  // included
-};
-static_assert(is_packed<PortNumberRange, 8>);
-
 /** One row of the port table: the identity assigned to a port position. */
 struct PortRecord {
   host16 port_number;   // 512 none
