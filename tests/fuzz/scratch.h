@@ -1,8 +1,9 @@
-/** A directory in memory, where there is one, that goes with the process. */
+/** A directory that goes with the process: in TMPDIR, else in memory where that can be had. */
 #pragma once
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -12,7 +13,7 @@ namespace ficon::fuzz {
 class Scratch {
  public:
   Scratch() {
-    const bool in_memory = access("/dev/shm", W_OK) == 0;
+    const bool in_memory = std::getenv("TMPDIR") == nullptr && access("/dev/shm", W_OK) == 0;
     const std::filesystem::path base =
         in_memory ? "/dev/shm" : std::filesystem::temp_directory_path();
     std::string name = (base / "ficon-fuzz-XXXXXX").string();
