@@ -64,12 +64,6 @@ void show_status(Context& context, std::uint32_t vsan) {
                       lock_of(vsan) + " is " + (holder.requester != 0 ? held_by(holder) : "free"));
 }
 
-/** The lock lives as long as its connection: holding it means staying here. */
-void hold(std::uint32_t seconds) {
-  watch_for_interrupt();
-  pause_unless_interrupted(std::chrono::seconds(seconds));
-}
-
 /** A refusal has no reason of its own: who holds the lock, and whether there is one at all, has. */
 [[noreturn]] void refuse_lock(Context& context, std::uint32_t vsan, const std::string& what) {
   const Holder holder = read_holder(context, vsan, what);
@@ -86,11 +80,13 @@ void get_lock(Context& context, std::uint32_t vsan, std::uint32_t hold_seconds) 
       ficon_get_fcd_lock(session.handle(), vsan, session.requester(), session.wait());
   if (result == kRefused) refuse_lock(context, vsan, what);
   require_lock(context, result, what);
+  watch_for_interrupt();  // before anyone is told that the lock is held
   const std::string held = hold_seconds == 0 ? "taken, and given back at the end of this command"
                                              : "held for " + std::to_string(hold_seconds) + " s";
   context.output.show({{"vsan", vsan}, {"held", true}, {"seconds", hold_seconds}},
                       lock_of(vsan) + " is " + held);
-  hold(hold_seconds);
+  // The lock lives as long as its connection: holding it means staying here.
+  pause_unless_interrupted(std::chrono::seconds(hold_seconds));
   ficon_free_fcd_lock(session.handle(), vsan, session.requester(), session.wait());
 }
 
