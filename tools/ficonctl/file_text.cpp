@@ -88,7 +88,7 @@ FileText file_from_json(const std::string& text) {
   if (member<std::string>(json, "format", "", "the text") != kFormat) {
     refuse("the text", std::string("expected \"format\": \"") + kFormat + "\"");
   }
-  if (member<int>(json, "version", 0, "the text") != 1) refuse("the text", "expected version 1");
+  if (member<Json>(json, "version", 0, "the text") != 1) refuse("the text", "expected version 1");
   FileText file{};
   file.description = member<std::string>(json, "description", "", "the text");
   if (file.description.size() > kDescriptionLength) {
