@@ -3,9 +3,11 @@
 
 #include <cstdint>
 
+#include "wire/port_plan.h"
+
 namespace ficon::emulator {
 
-inline constexpr std::uint16_t kNoPortNumber = 512;
+inline constexpr std::uint16_t kNoPortNumber = wire::kNoPort;
 
 struct PortIdentity {
   std::uint16_t port_number = kNoPortNumber;

@@ -5,8 +5,8 @@
 #include "config_line.h"
 #include "file_text.h"
 #include "input.h"
+#include "mapped_ports.h"
 #include "parse.h"
-#include "port_map.h"
 
 using namespace ficon::fuzz;
 using namespace ficon::ctl;

@@ -11,8 +11,8 @@
 #include "config_apply.h"
 #include "config_text.h"
 #include "configuration/configuration.h"
+#include "mapped_ports.h"
 #include "parse.h"
-#include "port_map.h"
 
 namespace ficon::ctl {
 namespace {

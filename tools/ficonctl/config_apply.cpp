@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "configuration/configuration.h"
+#include "mapped_ports.h"
 #include "mih_timeout.h"
 #include "port_change.h"
-#include "port_map.h"
 
 namespace ficon::ctl {
 namespace {

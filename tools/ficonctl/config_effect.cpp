@@ -4,8 +4,9 @@
 #include "chassis/current_chassis.h"
 #include "config_state.h"
 #include "interface_index/interface_index.h"
-#include "port_map.h"
+#include "mapped_ports.h"
 #include "port_requests.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 namespace {
@@ -169,7 +170,7 @@ bool holds(const ConfigLine& line, const ConfigState& state) {
       return ports.number_of(line.if_index) == line.value;
     case Kind::kPortAddress: {
       const auto number = ports.number_of(line.if_index);
-      return number && ports.address_of(*number).value_or(kNoPortNumber) == line.value;
+      return number && ports.address_of(*number).value_or(wire::kNoPort) == line.value;
     }
     case Kind::kLoggingLevel:
       return state.logging_level == line.value;

@@ -5,10 +5,11 @@
 #include <sstream>
 
 #include "interface_index/interface_index.h"
+#include "mapped_ports.h"
 #include "mih_timeout.h"
 #include "parse.h"
-#include "port_map.h"
 #include "port_plan.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 namespace {
@@ -116,11 +117,12 @@ std::optional<ConfigLine> parse_below_interface(const Words& words, if_index_t i
                       .if_index = if_index};
   }
   if (const auto rest = behind(words, {"ficon", "portaddress"})) {
-    // 0x200 is how the generator writes that a port has no address.
-    const bool none = *rest == Words{"0x200"} || *rest == Words{"512"};
+    // The generator writes this number, 0x200, where a port has no address.
+    const bool none =
+        *rest == Words{hex(wire::kNoPort, 3)} || *rest == Words{std::to_string(wire::kNoPort)};
     return ConfigLine{
         .kind = Kind::kPortAddress,
-        .value = none ? kNoPortNumber : only_number(*rest, 0, kLastPortAddress, "port address"),
+        .value = none ? wire::kNoPort : only_number(*rest, 0, kLastPortAddress, "port address"),
         .if_index = if_index};
   }
   return std::nullopt;

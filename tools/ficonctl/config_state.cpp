@@ -7,9 +7,10 @@
 #include <cstring>
 
 #include "config_text.h"
+#include "mapped_ports.h"
 #include "mih_timeout.h"
-#include "port_map.h"
 #include "port_requests.h"
+#include "wire/port_plan.h"
 #include "wire/saved_config.h"
 
 namespace ficon::ctl {
@@ -93,7 +94,7 @@ PortPlan read_plan(Session& session, const Records& records) {
   PortPlan plan{};
   for (std::size_t p = 0; p < table.size(); ++p) plan.number_at[p] = table[p].port_number;
   for (std::size_t a = 0; a < plan.number_of_address.size(); ++a) {
-    plan.number_of_address[a] = a < ports ? addresses[a] : kNoPortNumber;
+    plan.number_of_address[a] = a < ports ? addresses[a] : wire::kNoPort;
   }
   read_logical(records, ports, plan);
   for (NumberOwner owner = 0; owner <= kLastModule; ++owner) {

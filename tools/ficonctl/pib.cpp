@@ -5,12 +5,12 @@
 #include "interface_index/interface_index.h"
 #include "parse.h"
 #include "wire/pib.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 namespace {
 
 constexpr std::uint32_t kMostModules = 16;
-constexpr std::uint16_t kNoPortNumber = 512;
 
 template <std::size_t N>
 std::string text_of(const wire::bytes<N>& field) {
@@ -58,7 +58,7 @@ void show(Context& context, const std::string& module) {
   Table table({"WHAT", "TYPE", "MODEL", "SERIAL", "TAG"});
   for (const wire::PibContents& record : read_records(context.session, key)) {
     const std::uint16_t tag = record.tag.get();
-    const bool tagged = tag != kNoPortNumber;
+    const bool tagged = tag != wire::kNoPort;
     json.push_back({{"what", name_of(record)},
                     {"type", text_of(record.type)},
                     {"model", text_of(record.model)},

@@ -3,8 +3,9 @@
 #include <algorithm>
 
 #include "chassis/current_chassis.h"
-#include "port_map.h"
+#include "mapped_ports.h"
 #include "port_requests.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 namespace {
@@ -13,16 +14,16 @@ namespace {
 void clear_addresses(Session& session, const PortPlan& from, const PortPlan& to) {
   for (std::uint16_t address = 0; address < kPortCount; ++address) {
     const std::uint32_t number = from.number_of_address[address];
-    if (number == kNoPortNumber || number == to.number_of_address[address]) continue;
+    if (number == wire::kNoPort || number == to.number_of_address[address]) continue;
     session.require("cannot free port address " + address_text(address), ficon_cmi_set_pa_pn,
-                    address, std::uint16_t{kNoPortNumber});
+                    address, wire::kNoPort);
   }
 }
 
 void set_addresses(Session& session, const PortPlan& from, const PortPlan& to) {
   for (std::uint16_t address = 0; address < kPortCount; ++address) {
     const std::uint32_t number = to.number_of_address[address];
-    if (number == kNoPortNumber || number == from.number_of_address[address]) continue;
+    if (number == wire::kNoPort || number == from.number_of_address[address]) continue;
     session.require("cannot bind port address " + address_text(address), ficon_cmi_set_pa_pn,
                     address, static_cast<std::uint16_t>(number));
   }
@@ -63,10 +64,10 @@ void place(Session& session, const PortPlan& to, NumberOwner owner) {
     if (!position || *position / wire::kPortsPerModule + 1 != owner) continue;
     const std::uint32_t number = to.number_at[*position];
     if (reserved.number_at[*position] == number) continue;
-    if (reserved.number_at[*position] != kNoPortNumber) {
-      assign_number(session, if_index, kNoPortNumber);
+    if (reserved.number_at[*position] != wire::kNoPort) {
+      assign_number(session, if_index, wire::kNoPort);
     }
-    if (number != kNoPortNumber) moved.emplace_back(if_index, number);
+    if (number != wire::kNoPort) moved.emplace_back(if_index, number);
   }
   for (const auto& [if_index, number] : moved) assign_number(session, if_index, number);
 }
@@ -77,7 +78,7 @@ void bind_logical(Session& session, const PortPlan& from, const PortPlan& to) {
     const auto kept = to.logical.find(number);
     const bool same = kept != to.logical.end() && kept->second == if_index;
     if (!same && to.is_reserved(kLogicalPorts, number)) {
-      assign_number(session, if_index, kNoPortNumber);
+      assign_number(session, if_index, wire::kNoPort);
     }
   }
   for (const auto& [number, if_index] : to.logical) {

@@ -1,7 +1,7 @@
 /** Pictures of a module: ports in two rows, the odd ones above, as they stand on a line card. */
 #include <set>
 
-#include "port_map.h"
+#include "mapped_ports.h"
 
 namespace ficon::ctl {
 namespace {

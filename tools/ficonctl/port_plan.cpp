@@ -5,14 +5,13 @@
 #include <algorithm>
 
 #include "interface_index/interface_index.h"
-#include "port_map.h"
 
 namespace ficon::ctl {
 
 std::vector<std::uint32_t> PortPlan::shown_numbers(NumberOwner owner) const {
   const auto [first, count] = positions_of(owner);
   const auto* begin = number_at.begin() + first;
-  return {begin, std::find(begin, begin + count, kNoPortNumber)};
+  return {begin, std::find(begin, begin + count, wire::kNoPort)};
 }
 
 std::vector<std::uint32_t> PortPlan::all_numbers(NumberOwner owner) const {
@@ -36,7 +35,7 @@ bool PortPlan::is_reserved(NumberOwner owner, std::uint32_t number) const {
 std::optional<std::uint32_t> PortPlan::number_of(if_index_t if_index) const {
   if (const auto position = position_of(if_index)) {
     const std::uint32_t number = number_at[*position];
-    return number == kNoPortNumber ? std::nullopt : std::optional(number);
+    return number == wire::kNoPort ? std::nullopt : std::optional(number);
   }
   for (const auto& [number, bound] : logical) {
     if (bound == if_index) return number;
@@ -52,7 +51,7 @@ std::optional<std::uint32_t> PortPlan::address_of(std::uint32_t number) const {
 
 void PortPlan::reserve(NumberOwner owner, const std::vector<std::uint32_t>& numbers) {
   const auto [first, count] = positions_of(owner);
-  std::fill_n(number_at.begin() + first, count, kNoPortNumber);
+  std::fill_n(number_at.begin() + first, count, wire::kNoPort);
   std::copy_n(numbers.begin(), std::min<std::size_t>(numbers.size(), count),
               number_at.begin() + first);
   reserved.erase(owner);
@@ -72,7 +71,7 @@ void PortPlan::unbind(if_index_t if_index) {
 }
 
 void PortPlan::set_address(std::uint32_t number, std::uint32_t address) {
-  std::ranges::replace(number_of_address, number, kNoPortNumber);
+  std::ranges::replace(number_of_address, number, wire::kNoPort);
   if (address < number_of_address.size()) number_of_address[address] = number;
 }
 

@@ -21,7 +21,7 @@ inline constexpr NumberOwner kLogicalPorts = 0;
 inline constexpr NumberOwner kLastModule = wire::kFirstLogicalPort / wire::kPortsPerModule;
 
 struct PortPlan {
-  std::array<std::uint32_t, wire::kPortPositions> number_at;  // kNoPortNumber: none
+  std::array<std::uint32_t, wire::kPortPositions> number_at;  // wire::kNoPort: none
   std::array<std::uint32_t, kPortCount> number_of_address;    // the same
   std::map<NumberOwner, std::set<std::uint32_t>> reserved;    // owners with numbers
   std::map<std::uint32_t, if_index_t> logical;                // by their port numbers
@@ -40,7 +40,7 @@ struct PortPlan {
   void reserve(NumberOwner owner, const std::vector<std::uint32_t>& numbers);
   void bind(if_index_t if_index, std::uint32_t number);
   void unbind(if_index_t if_index);
-  /** 512: the number has no address any more. */
+  /** wire::kNoPort: the number has no address any more. */
   void set_address(std::uint32_t number, std::uint32_t address);
 };
 

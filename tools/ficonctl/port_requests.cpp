@@ -1,6 +1,7 @@
 #include "port_requests.h"
 
-#include "port_map.h"
+#include "mapped_ports.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 
@@ -42,7 +43,7 @@ std::set<std::uint32_t> reserved_numbers(Session& session, NumberOwner owner) {
 }
 
 void assign_number(Session& session, if_index_t if_index, std::uint32_t number) {
-  const bool none = number == kNoPortNumber;
+  const bool none = number == wire::kNoPort;
   const std::uint32_t status = ficon_cmi_set_portnum(
       session.handle(), none ? wire::kReleasePortNumber : wire::kAssignPortNumber, if_index, number,
       session.wait());

@@ -44,7 +44,7 @@ void ask(Session& session, const ReservationOperation& operation, NumberOwner ow
 /** Of more than 64 ranges, those of the first 64. */
 std::set<std::uint32_t> reserved_numbers(Session& session, NumberOwner owner);
 
-/** Gives an interface a port number; 512 takes the one that it has. */
+/** Gives an interface a port number; wire::kNoPort takes the one that it has. */
 void assign_number(Session& session, if_index_t if_index, std::uint32_t number);
 
 }  // namespace ficon::ctl

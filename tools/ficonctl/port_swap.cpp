@@ -1,8 +1,8 @@
 /** `ficonctl port find`, `port swap` and `port bind`: which port is behind a port address. */
 #include "command.h"
 #include "confirm.h"
+#include "mapped_ports.h"
 #include "parse.h"
-#include "port_map.h"
 #include "port_table.h"
 #include "wire/fcd_status.h"
 #include "wire/port_plan.h"
@@ -20,15 +20,11 @@ struct Arguments {
   bool dry_run = false;
 };
 
-std::uint32_t parse_port_number(Session& session, const std::string& text) {
-  return parse_number(text, 0, largest_port_number(session), "port number");
-}
-
-/** The keys that are known, 0 and 512 for the others. */
+/** The keys that are known, 0 and wire::kNoPort for the others. */
 struct Keys {
   if_index_t if_index = 0;
-  std::uint16_t number = kNoPortNumber;
-  std::uint16_t address = kNoPortNumber;
+  std::uint16_t number = wire::kNoPort;
+  std::uint16_t address = wire::kNoPort;
 };
 
 void find(Context& context, const Arguments& arguments) {
@@ -44,7 +40,7 @@ void find(Context& context, const Arguments& arguments) {
         static_cast<std::uint16_t>(parse_hex(arguments.address, kLastPortAddress, "port address"));
   }
   if (!arguments.fcid.empty()) fcid = parse_hex(arguments.fcid, 0xffffff, "FCID");
-  if (keys.if_index == 0 && keys.number == kNoPortNumber && keys.address == kNoPortNumber &&
+  if (keys.if_index == 0 && keys.number == wire::kNoPort && keys.address == wire::kNoPort &&
       fcid == 0) {
     throw UsageError("say what is known of the port: --if, --number, --address or --fcid");
   }
@@ -60,11 +56,8 @@ void find(Context& context, const Arguments& arguments) {
   const std::uint32_t status = ficon_parse_get_portmap_fcid(&reply, &keys.if_index, &keys.number,
                                                             &keys.address, &fcid, &state);
   if (status != 0) throw session.failure(status, "cannot find the port");
-  const auto or_none = [](std::uint16_t key) {
-    return key == kNoPortNumber ? std::nullopt : std::optional<std::uint32_t>(key);
-  };
-  const MappedPort port{std::nullopt, or_none(keys.number), or_none(keys.address), keys.if_index,
-                        state};
+  const MappedPort port{std::nullopt, key_or_none(keys.number), key_or_none(keys.address),
+                        keys.if_index, state};
   Json json = to_json(port);
   json["fcid"] = fcid == 0 ? Json() : Json(hex(fcid, 6));
   context.output.show(
@@ -78,7 +71,7 @@ MappedPort read_port(Session& session, const std::string& text) {
   if (text.find_first_not_of("0123456789") == std::string::npos) {
     return look_up(session, 0, static_cast<std::uint16_t>(parse_port_number(session, text)));
   }
-  return look_up(session, parse_interface_name(text), kNoPortNumber);
+  return look_up(session, parse_interface_name(text), wire::kNoPort);
 }
 
 std::string move_text(const MappedPort& from, const MappedPort& to, const char* verb) {
@@ -115,8 +108,8 @@ void swap_ports(Context& context, const Arguments& arguments) {
   if (!arguments.dry_run) {
     ficon_cmi_swap_reply_t* record = nullptr;
     session.require("cannot swap the ports", ficon_cmi_swap_port,
-                    first.port_number.value_or(kNoPortNumber),
-                    second.port_number.value_or(kNoPortNumber), &record);
+                    first.port_number.value_or(wire::kNoPort),
+                    second.port_number.value_or(wire::kNoPort), &record);
     mtrack_free(record);
     const MappedPort now = read_port(session, arguments.first);
     if (now.port_address != second.port_address) {
@@ -144,7 +137,7 @@ void bind(Context& context, const Arguments& arguments) {
                     parse_interface_name(arguments.interface));
   } else {
     const std::uint32_t number =
-        arguments.number == "none" ? kNoPortNumber : parse_port_number(session, arguments.number);
+        arguments.number == "none" ? wire::kNoPort : parse_port_number(session, arguments.number);
     session.require("cannot bind port address " + text, ficon_cmi_set_pa_pn, address,
                     static_cast<std::uint16_t>(number));
   }

@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <map>
 
-#include "wire/port_plan.h"
-
 namespace ficon::ctl {
 namespace {
 
@@ -114,13 +112,14 @@ Json to_json(const PortTable& ports, const std::vector<std::uint32_t>& addresses
   Json list = Json::array();
   for (const std::uint32_t address : addresses) {
     const Port& port = ports[address];
-    list.push_back({{"address", address_text(address)},
-                    {"port-number", port.port_number == 512 ? Json() : Json(port.port_number)},
-                    {"if-index", port.if_index},
-                    {"installed", port.installed},
-                    {"name", port.name},
-                    {"blocked", port.blocked},
-                    {"prohibited", port.prohibited.none() ? "" : addresses_text(port.prohibited)}});
+    list.push_back(
+        {{"address", address_text(address)},
+         {"port-number", port.port_number == wire::kNoPort ? Json() : Json(port.port_number)},
+         {"if-index", port.if_index},
+         {"installed", port.installed},
+         {"name", port.name},
+         {"blocked", port.blocked},
+         {"prohibited", port.prohibited.none() ? "" : addresses_text(port.prohibited)}});
   }
   return list;
 }
@@ -130,7 +129,7 @@ Table to_table(const PortTable& ports) {
   for (const std::uint32_t address : ports_of_interest(ports)) {
     const Port& port = ports[address];
     table.add({address_text(address),
-               port.port_number == 512 ? "-" : std::to_string(port.port_number),
+               port.port_number == wire::kNoPort ? "-" : std::to_string(port.port_number),
                port.installed ? "yes" : "no", port.blocked ? "yes" : "no",
                port.name.empty() ? "-" : port.name,
                port.prohibited.none() ? "-" : addresses_text(port.prohibited)});

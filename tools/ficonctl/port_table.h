@@ -9,6 +9,7 @@
 
 #include "output.h"
 #include "parse.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 
@@ -19,7 +20,7 @@ inline constexpr std::size_t kPortNameLength = 24;
 using PortSet = std::bitset<256>;
 
 struct Port {
-  std::uint32_t port_number = 512;  // 512: none
+  std::uint32_t port_number = wire::kNoPort;
   std::uint32_t if_index = 0;
   bool installed = false;
   bool blocked = false;

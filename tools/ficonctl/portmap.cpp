@@ -1,7 +1,7 @@
 /** `ficonctl portmap`: the port map as a table and as a picture of a module. */
 #include "command.h"
+#include "mapped_ports.h"
 #include "parse.h"
-#include "port_map.h"
 
 namespace ficon::ctl {
 namespace {
@@ -19,10 +19,9 @@ std::uint32_t parse_module(const std::string& text) {
 }
 
 std::vector<MappedPort> read_range(Session& session, const std::string& text) {
-  const std::uint32_t last = largest_port_number(session);
   std::vector<MappedPort> ports;
   for (const NumberRange& range : parse_ranges(text, "range", [&](const std::string& part) {
-         return parse_number(part, 0, last, "port number");
+         return parse_port_number(session, part);
        })) {
     const auto read = read_port_numbers(session, range.first, range.last);
     ports.insert(ports.end(), read.begin(), read.end());

@@ -1,8 +1,9 @@
 /** `ficonctl portnumber`: numbers reserved for modules and logical ports, and assigned. */
 #include "command.h"
+#include "mapped_ports.h"
 #include "parse.h"
-#include "port_map.h"
 #include "port_requests.h"
+#include "wire/port_plan.h"
 
 namespace ficon::ctl {
 namespace {
@@ -52,7 +53,7 @@ void change(Context& context, const Arguments& arguments, const ReservationOpera
   Reservation ranges;
   if (!arguments.ranges.empty()) {
     const auto parse_one = [&](const std::string& part) {
-      return parse_number(part, 0, largest_port_number(context.session), "port number");
+      return parse_port_number(context.session, part);
     };
     ranges = Reservation(parse_ranges(arguments.ranges, "ranges", parse_one));
   }
@@ -65,9 +66,7 @@ void change(Context& context, const Arguments& arguments, const ReservationOpera
 void assign(Context& context, const Arguments& arguments) {
   Session& session = context.session;
   const bool none = arguments.number == "none";
-  const std::uint32_t number =
-      none ? kNoPortNumber
-           : parse_number(arguments.number, 0, largest_port_number(session), "port number");
+  const std::uint32_t number = none ? wire::kNoPort : parse_port_number(session, arguments.number);
   assign_number(session, parse_interface_name(arguments.interface), number);
   context.output.show(
       {{"interface", arguments.interface}, {"port-number", none ? Json() : Json(number)}},

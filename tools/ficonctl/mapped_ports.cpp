@@ -1,4 +1,4 @@
-#include "port_map.h"
+#include "mapped_ports.h"
 
 #include <platform/ficon_base.h>
 #include <platform/port_manager.h>
@@ -66,20 +66,20 @@ std::uint32_t largest_port_number(Session& session) {
   return ficon_cmi_get_max_portnumber();
 }
 
+std::uint32_t parse_port_number(Session& session, const std::string& text) {
+  return parse_number(text, 0, largest_port_number(session), "port number");
+}
+
 MappedPort look_up(Session& session, if_index_t if_index, std::uint16_t port_number) {
   constexpr std::uint32_t kExact = 1;
-  std::uint16_t port_address = kNoPortNumber;
+  std::uint16_t port_address = wire::kNoPort;
   const std::uint32_t status =
       ficon_send_get_portmap(session.handle(), Session::word_a(), Session::word_b(), session.wait(),
                              kExact, 0, &if_index, &port_number, &port_address);
   if (status != 0 && status != static_cast<std::uint32_t>(FcdStatus::kNoSuchPort)) {
     throw session.failure(status, "cannot find the port");
   }
-  MappedPort port;
-  port.if_index = if_index;
-  if (port_number != kNoPortNumber) port.port_number = port_number;
-  if (port_address != kNoPortNumber) port.port_address = port_address;
-  return port;
+  return {std::nullopt, key_or_none(port_number), key_or_none(port_address), if_index};
 }
 
 std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
@@ -120,6 +120,10 @@ std::vector<MappedPort> with_interface(const std::vector<MappedPort>& ports) {
   std::ranges::copy_if(ports, std::back_inserter(kept),
                        [](const MappedPort& port) { return port.if_index != 0; });
   return kept;
+}
+
+std::optional<std::uint32_t> key_or_none(std::uint16_t key) {
+  return key == wire::kNoPort ? std::nullopt : std::optional<std::uint32_t>(key);
 }
 
 std::string interface_text(if_index_t if_index) {

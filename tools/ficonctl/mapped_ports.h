@@ -1,4 +1,4 @@
-/** The port map as people see it: position, port number, port address, interface index, state. */
+/** Ports as the port map has them: position, port number, port address, interface index, state. */
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,6 @@
 #include "session.h"
 
 namespace ficon::ctl {
-
-inline constexpr std::uint32_t kNoPortNumber = 512;
 
 struct MappedPort {
   std::optional<std::uint32_t> position;     // in the port table, where it was asked by position
@@ -31,6 +29,8 @@ PortStateName state_name(std::uint8_t state);
 
 /** Of the chassis behind the session's endpoint. */
 std::uint32_t largest_port_number(Session& session);
+/** Of that chassis; a UsageError for any other. */
+std::uint32_t parse_port_number(Session& session, const std::string& text);
 /** The port numbers from first to last, in as many requests as they need. */
 std::vector<MappedPort> read_port_numbers(Session& session, std::uint32_t first,
                                           std::uint32_t last);
@@ -43,6 +43,8 @@ std::vector<MappedPort> read_logical(Session& session);
 /** Those that have an interface. */
 std::vector<MappedPort> with_interface(const std::vector<MappedPort>& ports);
 
+/** A port number or port address, or nothing for wire::kNoPort. */
+std::optional<std::uint32_t> key_or_none(std::uint16_t key);
 /** "fc1/2", or "-" where there is none. */
 std::string interface_text(if_index_t if_index);
 std::string number_text(const std::optional<std::uint32_t>& port_number);
