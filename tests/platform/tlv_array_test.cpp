@@ -1,6 +1,11 @@
 #include <doctest/doctest.h>
 #include <platform/mts.h>
 #include <platform/tlv_array.h>
+#include <transport/message.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
 
 #include "fake_daemon.h"
 
@@ -137,6 +142,28 @@ TEST_CASE("TLV array: a reply that claims more than was received is malformed") 
   CHECK(walk(shorter.array()).types.size() == 2);
   Received tiny(hex("0000"));
   CHECK(walk(tiny.array()).end == kMalformed);
+}
+
+TEST_CASE("TLV array: of replies that several threads hold, each ends where it ends") {
+  const Bytes whole = hex("0000000d 0001 0001 aa 0002 0000");
+  const Bytes cut_off = hex("0000000d 0001 0001 aa");  // the zeros behind it would be a TLV
+  std::atomic<int> wrong = 0;
+  const auto hold_and_walk = [&] {
+    ficon::platform::Message first, second;
+    for (int i = 0; i < 20'000; ++i) {
+      for (auto [message, bytes] : {std::pair(&first, &whole), std::pair(&second, &cut_off)}) {
+        message->prepare(bytes->size());
+        std::ranges::copy(*bytes, message->room());
+        message->finish(bytes->size());
+      }
+      if (walk(first.payload()).end != kEnd) ++wrong;
+      if (walk(second.payload()).end != kMalformed) ++wrong;
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) threads.emplace_back(hold_and_walk);
+  for (std::thread& thread : threads) thread.join();
+  CHECK(wrong == 0);
 }
 
 TEST_CASE("TLV array: values are writable in the walk") {

@@ -1,41 +1,52 @@
 #include "transport/message.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
-#include <mutex>
 
 namespace ficon::platform {
-namespace {
 
-struct Received {
-  const void* payload;
+/**
+ * Where it stands how long a held payload is. Slots are reused and never freed: there are as many
+ * as payloads were ever held at a time, of all handles. Every step of every walk looks here, so
+ * nothing is locked: only who holds a payload may ask about it, and its slot stands still until it
+ * is dropped.
+ */
+struct PayloadSlot {
+  std::atomic<const void*> payload;  // null: free
   std::size_t length;
+  PayloadSlot* older;
 };
 
-/** Of all handles; seldom more than one or two at a time. */
-std::mutex received_mutex;
-std::vector<Received> received_payloads;
+namespace {
 
-void remember(const void* payload, std::size_t length) {
-  const std::lock_guard guard(received_mutex);
-  received_payloads.push_back({payload, length});
-}
+std::atomic<PayloadSlot*> newest_slot;
 
-void forget(const void* payload) {
-  const std::lock_guard guard(received_mutex);
-  std::erase_if(received_payloads, [&](const Received& r) { return r.payload == payload; });
+PayloadSlot* remember(const void* payload, std::size_t length) {
+  for (PayloadSlot* slot = newest_slot; slot != nullptr; slot = slot->older) {
+    const void* free = nullptr;
+    if (!slot->payload.compare_exchange_strong(free, payload)) continue;
+    slot->length = length;
+    return slot;
+  }
+  auto* added = new PayloadSlot{payload, length, newest_slot};
+  while (!newest_slot.compare_exchange_weak(added->older, added)) continue;
+  return added;
 }
 
 }  // namespace
 
 std::int64_t received_length(const void* payload) {
-  const std::lock_guard guard(received_mutex);
-  const auto found = std::ranges::find(received_payloads, payload, &Received::payload);
-  return found == received_payloads.end() ? -1 : static_cast<std::int64_t>(found->length);
+  if (payload == nullptr) return -1;
+  for (const PayloadSlot* slot = newest_slot; slot != nullptr; slot = slot->older) {
+    if (slot->payload == payload) return static_cast<std::int64_t>(slot->length);
+  }
+  return -1;
 }
 
 void Message::clear() {
-  if (length_ != 0) forget(room());
+  if (slot_ != nullptr) slot_->payload.store(nullptr, std::memory_order_release);
+  slot_ = nullptr;
   length_ = 0;
 }
 
@@ -48,7 +59,7 @@ void Message::finish(std::size_t length) {
   if (written_ > length) std::memset(room() + length, 0, written_ - length);
   written_ = length;
   length_ = length;
-  if (length != 0) remember(room(), length);
+  if (length != 0) slot_ = remember(room(), length);
 }
 
 Message* MessagePool::take() {

@@ -15,6 +15,8 @@ namespace ficon::platform {
  */
 inline constexpr std::size_t kReplySlack = 64 * 1024;
 
+struct PayloadSlot;
+
 class Message {
  public:
   Message() = default;
@@ -45,7 +47,8 @@ class Message {
 
   std::vector<std::uint8_t> bytes_;
   std::size_t length_ = 0;
-  std::size_t written_ = 0;  // bytes that may be nonzero from this or an earlier payload
+  PayloadSlot* slot_ = nullptr;  // while there is a payload
+  std::size_t written_ = 0;      // bytes that may be nonzero from this or an earlier payload
 };
 
 class MessagePool {
