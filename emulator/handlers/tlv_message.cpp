@@ -8,6 +8,7 @@ namespace {
 constexpr std::uint32_t kArrayHeader = 4;
 constexpr std::uint32_t kTlvHeader = 4;
 constexpr std::uint32_t kAlign = 1;
+constexpr std::size_t kUsualReply = 2048;  // most fit, and grow in place
 
 }  // namespace
 
@@ -43,7 +44,10 @@ const TlvMessage::Tlv* TlvMessage::only(wire::TlvType type) const {
   return found;
 }
 
-TlvReply::TlvReply() : bytes_(kArrayHeader) {}
+TlvReply::TlvReply() {
+  bytes_.reserve(kUsualReply);
+  bytes_.resize(kArrayHeader);
+}
 
 TlvReply& TlvReply::add(wire::TlvType type, ByteView value) {
   bytes_.resize(bytes_.size() + kTlvHeader + value.size());

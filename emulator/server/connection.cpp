@@ -1,11 +1,11 @@
 #include "server/connection.h"
 
 #include <sys/socket.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 namespace ficon::emulator {
 
@@ -48,16 +48,16 @@ bool Connection::flush() {
   return true;
 }
 
-/** The next frame of the first reply, straight from its payload. */
+/** The next frame of the first reply. */
 bool Connection::send_frame() {
-  Bytes& payload = waiting_.front().payload;
-  platform::FrameHeader head = reply_head(waiting_.front(), sent_);
+  const Bytes& payload = waiting_.front().payload;
+  const platform::FrameHeader head = reply_head(waiting_.front(), sent_);
   const std::size_t piece = std::min<std::size_t>(payload.size() - sent_, platform::kFramePayload);
-  iovec parts[] = {{&head, sizeof head}, {payload.data() + sent_, piece}};
-  msghdr packet{};
-  packet.msg_iov = parts;
-  packet.msg_iovlen = std::size(parts);
-  if (sendmsg(fd_, &packet, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) return false;
+  // One piece of memory: cheaper for the kernel than two, by more than the copy costs.
+  std::uint8_t packet[sizeof head + platform::kFramePayload];
+  std::memcpy(packet, &head, sizeof head);
+  if (piece != 0) std::memcpy(packet + sizeof head, payload.data() + sent_, piece);
+  if (send(fd_, packet, sizeof head + piece, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) return false;
   sent_ += piece;
   if (sent_ < payload.size()) return true;
   queued_ -= payload.size();
