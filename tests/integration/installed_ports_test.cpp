@@ -1,9 +1,7 @@
 /** Walks over the ports of a file in the mode for installed ports. */
 #include <doctest/doctest.h>
 
-#include <fstream>
-
-#include "daemon_process.h"
+#include "chassis_daemon.h"
 #include "file_client.h"
 
 using namespace ficon;
@@ -36,16 +34,11 @@ condition = "up"
   trunk_vsans = [21]
 )";
 
-struct Director {
-  Director() {
+struct Director : ChassisDaemon {
+  Director() : ChassisDaemon(kChassis) {
     REQUIRE(client.enable());
     REQUIRE(client.block("", 0x03) == 0);
     REQUIRE(client.call_plain(ficon_cmi_set_getnext_type, 2U) == 0);
-  }
-  static std::string chassis(const ScratchDirectory& directory) {
-    std::string path = directory.path("chassis.toml");
-    std::ofstream(path) << kChassis;
-    return path;
   }
 
   struct Step {
@@ -68,9 +61,7 @@ struct Director {
     return step;
   }
 
-  ScratchDirectory directory;
-  DaemonProcess daemon{directory, {"--chassis", chassis(directory)}};
-  FileClient client{daemon.socket()};
+  FileClient client{socket()};
 };
 
 }  // namespace

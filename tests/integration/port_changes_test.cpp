@@ -1,6 +1,7 @@
 /** Changes of numbers, addresses, swaps and prohibit settings: refused, seen by all, and kept. */
 #include <doctest/doctest.h>
 
+#include "chassis_daemon.h"
 #include "file_client.h"
 #include "port_client.h"
 
@@ -41,8 +42,8 @@ vsan = 20
 auto_created = true
 )";
 
-struct Director : PortDirector {
-  Director() : PortDirector(kChassis) { REQUIRE(files.enable()); }
+struct Director : ChassisDaemon {
+  Director() : ChassisDaemon(kChassis) { REQUIRE(files.enable()); }
 
   /** Swaps, and checks what the reply says was swapped. */
   std::uint32_t swap(std::uint32_t first, std::uint32_t second) const {

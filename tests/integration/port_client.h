@@ -1,16 +1,14 @@
-/** A client of the port map through the library, on a chassis of the test's own. */
+/** A client of the port map through the library. */
 #pragma once
 
 #include <doctest/doctest.h>
 #include <ficon_cmi.h>
 
 #include <array>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "client.h"
-#include "daemon_process.h"
 #include "own_process.h"
 #include "wire/fcd_status.h"
 
@@ -142,31 +140,6 @@ class PortClient {
 
  private:
   Connected own_;
-};
-
-/** A daemon on a chassis, which can be killed and started again on the same store. */
-class PortDirector {
- public:
-  explicit PortDirector(const std::string& chassis) {
-    std::ofstream(directory_.path("chassis.toml")) << chassis;
-    start();
-  }
-  void start() {
-    daemon_.reset();
-    daemon_ = std::make_unique<DaemonProcess>(
-        directory_, std::vector<std::string>{"--chassis", directory_.path("chassis.toml")});
-    REQUIRE(daemon_->running());
-  }
-  void kill_and_start() {
-    daemon_->signal(SIGKILL);
-    daemon_->wait();
-    start();
-  }
-  const std::string& socket() const { return daemon_->socket(); }
-
- private:
-  ScratchDirectory directory_;
-  std::unique_ptr<DaemonProcess> daemon_;
 };
 
 /** What a cable, a laser or an operator does to a port: 0 up, 1 offline, 2 shut down, 3 failed. */

@@ -5,6 +5,7 @@
 
 #include <set>
 
+#include "chassis_daemon.h"
 #include "port_client.h"
 
 using namespace ficon;
@@ -41,8 +42,8 @@ condition = "up"
 trunk_vsans = [20]
 )toml";
 
-struct Small : PortDirector {
-  Small() : PortDirector(kSmall) {
+struct Small : ChassisDaemon {
+  Small() : ChassisDaemon(kSmall) {
     REQUIRE(ports.call(ficon_cmi_set_ficon_state, 20U, std::uint8_t{1}) == 0);
   }
   PortClient ports{socket()};
@@ -69,8 +70,8 @@ bool has_number(std::uint32_t position) {
   return position != 254 && position != 512;
 }
 
-struct Unnumbered : PortDirector {
-  Unnumbered() : PortDirector(largest()) {}
+struct Unnumbered : ChassisDaemon {
+  Unnumbered() : ChassisDaemon(largest()) {}
   PortClient ports{socket()};
 };
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "daemon_process.h"
+#include "chassis_daemon.h"
 #include "tool_process.h"
 
 using namespace ficon::test;
@@ -206,12 +206,11 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "a damaged startup configuration is reported")
 }
 
 TEST_CASE("a slot is that of the chassis, whatever number its module has") {
-  ScratchDirectory directory;
-  std::ofstream(directory.path("chassis.toml")) << "slots = 6\n"
-                                                   "[[module]]\nslot = 5\nnumber = 2\nports = 4\n"
-                                                   "[[module]]\nslot = 2\nnumber = 7\nports = 4\n";
-  DaemonProcess daemon(directory, {"--chassis", directory.path("chassis.toml")});
-  REQUIRE(daemon.running());
+  const ScratchDirectory directory;
+  const ChassisDaemon daemon(
+      "slots = 6\n"
+      "[[module]]\nslot = 5\nnumber = 2\nports = 4\n"
+      "[[module]]\nslot = 2\nnumber = 7\nports = 4\n");
   const Tool tool("unix:" + daemon.socket());
   std::ofstream(directory.path("lines")) << "feature ficon\n"
                                             "ficon slot 5 assign port-numbers 0x20-0x23 force\n"

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "daemon_process.h"
+#include "chassis_daemon.h"
 #include "tool_process.h"
 
 using namespace ficon::test;
@@ -153,4 +153,37 @@ TEST_CASE_FIXTURE(SharedSwitch, "the identification block shows switch, modules 
   CHECK(ports[47]["what"] == "fc1/48");
   CHECK(ports[47]["tag"] == 47);
   CHECK(contains(tool("pib show --module 16").err, "no-identification"));
+}
+
+TEST_CASE("the identification block says what the chassis file says") {
+  const ChassisDaemon daemon(R"(
+name = "hall-4-east"
+model = "XQ-17"
+serial = "ZK0815"
+slots = 6
+[[module]]
+slot = 5
+number = 2
+type = "3-port"
+ports = 3
+)");
+  const Tool tool("unix:" + daemon.socket());
+  using Json = nlohmann::json;
+  CHECK(tool("--json pib show").json() == Json::array({{{"what", "switch"},
+                                                        {"type", "hall-4-east"},
+                                                        {"model", "XQ-17"},
+                                                        {"serial", "ZK0815"},
+                                                        {"tag", nullptr}},
+                                                       {{"what", "module 2"},
+                                                        {"type", "3-port"},
+                                                        {"model", "XQ-17"},
+                                                        {"serial", "ZK0815-05"},
+                                                        {"tag", nullptr}}}));
+  const auto ports = tool("--json pib show --module 2").json();
+  REQUIRE(ports.size() == 3);
+  CHECK(ports[2] == Json{{"what", "fc5/3"},
+                         {"type", "3-port"},
+                         {"model", "XQ-17"},
+                         {"serial", "ZK0815-05"},
+                         {"tag", 2}});
 }
