@@ -17,7 +17,7 @@ constexpr std::uint32_t kDomain = 1;
 /** 0 for a port that no frame can reach: without an address, or not of a FICON VSAN. */
 std::uint32_t fcid_of(const PortKeys& port, const Switch& model) {
   const platform::Port* hardware = model.chassis().port(port.if_index);
-  if (hardware == nullptr || port.port_address == kNoPortNumber) return 0;
+  if (hardware == nullptr || port.port_address == kNoPort) return 0;
   const Vsan* vsan = model.find_vsan(hardware->vsan);
   if (vsan == nullptr) return 0;
   return kDomain << 16 | std::uint32_t{port.port_address} << 8 | vsan->fcid_last_byte;

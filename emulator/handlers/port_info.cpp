@@ -40,11 +40,10 @@ struct Keys {
 
 /** Behind the range's start in a get-next, whatever its end; from start to end in a get. */
 Keys keys_asked(PortSelector selector, const wire::PortRange& range, bool next) {
-  constexpr std::uint32_t kFromTheFirst = 512;
   const std::uint32_t start = range.first.get();
   if (!next) return {start, range.last.get()};
   const bool from_the_first =
-      selector == PortSelector::kPortAddresses ? start == kFromTheFirst : start == 0;
+      selector == PortSelector::kPortAddresses ? start == kNoPort : start == 0;
   return {from_the_first ? 0 : std::uint64_t{start} + 1, UINT32_MAX};
 }
 

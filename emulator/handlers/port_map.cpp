@@ -26,7 +26,7 @@ Bytes address_map(const PortPlan& plan) {
   table.reserve(plan.rows() * sizeof(wire::AddressMapRow));
   for (std::uint32_t address = 0; address < plan.rows(); ++address) {
     wire::AddressMapRow row{};
-    row.set(address < kPortAddresses ? plan.number_of_address(address) : kNoPortNumber);
+    row.set(address < kPortAddresses ? plan.number_of_address(address) : kNoPort);
     append(table, row);
   }
   return table;

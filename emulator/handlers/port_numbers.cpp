@@ -123,7 +123,7 @@ Answer handle_set_port_number(const Request& request, Switch& model) {
       return ports.unassign(asker, if_index, number);
     case wire::kComparePortNumber:
       if (model.chassis().port(if_index) == nullptr) return FcdStatus::kNoSuchInterface;
-      return number != kNoPortNumber && model.port_plan().number_of_interface(if_index) == number
+      return number != kNoPort && model.port_plan().number_of_interface(if_index) == number
                  ? FcdStatus::kDone
                  : FcdStatus::kPortNumberNotBound;
     default:
@@ -180,11 +180,11 @@ Answer handle_bind_address_to_interface(const Request& request, Switch& model) {
   const auto* asked = whole_record<wire::AddressToInterface>(request.payload);
   if (asked == nullptr) return Malformed{"address to interface: not the length of its record"};
   const if_index_t if_index = asked->if_index.get();
-  PortNumber number = kNoPortNumber;
+  PortNumber number = kNoPort;
   if (if_index != 0) {
     if (model.chassis().port(if_index) == nullptr) return FcdStatus::kNoSuchInterface;
     number = model.port_plan().number_of_interface(if_index);
-    if (number == kNoPortNumber) return FcdStatus::kPortWithoutNumber;
+    if (number == kNoPort) return FcdStatus::kPortWithoutNumber;
   }
   return PortOperations(model).bind_address(unstated(request), asked->port_address.get(), number);
 }

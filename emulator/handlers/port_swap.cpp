@@ -43,7 +43,7 @@ Answer handle_swap_interfaces(const Request& request, Switch& model) {
   for (int i = 0; i < 2; ++i) {
     if (model.chassis().port(interfaces[i]) == nullptr) return FcdStatus::kPortNotInstalled;
     numbers[i] = model.port_plan().number_of_interface(interfaces[i]);
-    if (numbers[i] == kNoPortNumber) return FcdStatus::kPortWithoutNumber;
+    if (numbers[i] == kNoPort) return FcdStatus::kPortWithoutNumber;
   }
   return swap(request, model, numbers[0], numbers[1]);
 }

@@ -52,7 +52,7 @@ std::vector<Identification> ports_of(const Switch& model, const Module& module) 
     all.push_back({.kind = wire::PibKind::kPort,
                    .module = static_cast<std::uint8_t>(module.number),
                    .port = static_cast<std::uint8_t>(port),
-                   .tag = number == numbers.end() ? kNoPortNumber : number->second,
+                   .tag = number == numbers.end() ? kNoPort : number->second,
                    .if_index = if_index,
                    .type = module.type,
                    .model = model.chassis().model,

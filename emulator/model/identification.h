@@ -14,7 +14,7 @@ struct Identification {
   wire::PibKind kind;
   std::uint8_t module = 0;  // 0: the switch itself
   std::uint8_t port = 0;    // in the module, from 0
-  std::uint16_t tag = kNoPortNumber;
+  std::uint16_t tag = kNoPort;
   if_index_t if_index = 0;
   std::string type;
   std::string model;

@@ -7,10 +7,10 @@
 
 namespace ficon::emulator {
 
-inline constexpr std::uint16_t kNoPortNumber = wire::kNoPort;
+using wire::kNoPort;
 
 struct PortIdentity {
-  std::uint16_t port_number = kNoPortNumber;
+  std::uint16_t port_number = kNoPort;
   std::uint32_t if_index = 0;  // 0: no interface
   bool installed = false;
 };

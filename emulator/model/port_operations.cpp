@@ -77,17 +77,16 @@ PortKeys PortOperations::keys_of(std::uint32_t number) const {
 std::optional<PortKeys> PortOperations::find(const PortKeys& keys) const {
   const PortPlan& plan = switch_.port_plan();
   std::uint16_t number = keys.port_number;
-  if (number == kNoPortNumber && keys.if_index != 0) {
+  if (number == kNoPort && keys.if_index != 0) {
     number = plan.number_of_interface(keys.if_index);
   }
-  if (number == kNoPortNumber && keys.port_address < kPortAddresses) {
+  if (number == kNoPort && keys.port_address < kPortAddresses) {
     number = plan.number_of_address(keys.port_address);
   }
   if (!plan.owner_of(number)) return std::nullopt;
   const PortKeys found = keys_of(number);
-  const bool agree =
-      (keys.if_index == 0 || keys.if_index == found.if_index) &&
-      (keys.port_address == kNoPortNumber || keys.port_address == found.port_address);
+  const bool agree = (keys.if_index == 0 || keys.if_index == found.if_index) &&
+                     (keys.port_address == kNoPort || keys.port_address == found.port_address);
   return agree ? std::optional(found) : std::nullopt;
 }
 
@@ -104,13 +103,13 @@ std::optional<PortKeys> PortOperations::next(const PortKeys& keys) const {
     return best;
   };
   const auto by_number = [](const PortKeys& port) { return std::uint32_t{port.port_number}; };
-  if (keys.port_number != kNoPortNumber || !keys.any()) {
+  if (keys.port_number != kNoPort || !keys.any()) {
     return first_beyond(by_number, keys.port_number, !keys.any());
   }
   if (keys.if_index != 0) {
     return first_beyond([](const PortKeys& port) { return port.if_index; }, keys.if_index, false);
   }
-  std::erase_if(ports, [](const PortKeys& port) { return port.port_address == kNoPortNumber; });
+  std::erase_if(ports, [](const PortKeys& port) { return port.port_address == kNoPort; });
   return first_beyond([](const PortKeys& port) { return std::uint32_t{port.port_address}; },
                       keys.port_address, false);
 }
@@ -155,7 +154,7 @@ PlanVerdict PortOperations::release(const Asker& asker, NumberOwner owner,
 FcdStatus PortOperations::assign(const Asker& asker, if_index_t if_index, std::uint32_t number) {
   if (const FcdStatus status = check_change(asker); status != FcdStatus::kDone) return status;
   PortPlan& plan = switch_.port_plan();
-  if (number != kNoPortNumber && plan.number_of_interface(if_index) == number) {
+  if (number != kNoPort && plan.number_of_interface(if_index) == number) {
     return FcdStatus::kDone;
   }
   const FcdStatus status = plan.assign(if_index, number);
@@ -187,7 +186,7 @@ FcdStatus PortOperations::bind_address(const Asker& asker, std::uint32_t address
   const FcdStatus status = plan.bind_address(address, number);
   if (status == FcdStatus::kDone) {
     const std::string to =
-        number == kNoPortNumber ? "no port number" : "port number " + std::to_string(number);
+        number == kNoPort ? "no port number" : "port number " + std::to_string(number);
     changed(asker, Change::kPortAddress, kPortsObject, address_text(address) + ": " + to);
   }
   return status;
@@ -198,8 +197,7 @@ FcdStatus PortOperations::check_swappable(std::uint32_t number) const {
   const PortPlan& plan = switch_.port_plan();
   if (!plan.is_number(number)) return FcdStatus::kPortNumberOutOfRange;
   if (plan.interface_of(number) == 0) return FcdStatus::kPortNotInstalled;
-  return plan.address_of(number) == kNoPortNumber ? FcdStatus::kPortWithoutAddress
-                                                  : FcdStatus::kDone;
+  return plan.address_of(number) == kNoPort ? FcdStatus::kPortWithoutAddress : FcdStatus::kDone;
 }
 
 FcdStatus PortOperations::swap(const Asker& asker, std::uint32_t first, std::uint32_t second,

@@ -15,12 +15,10 @@ namespace ficon::emulator {
 /** What looks for a port: whatever is known of it. */
 struct PortKeys {
   if_index_t if_index = 0;
-  std::uint16_t port_number = kNoPortNumber;
-  std::uint16_t port_address = kNoPortNumber;
+  std::uint16_t port_number = kNoPort;
+  std::uint16_t port_address = kNoPort;
 
-  bool any() const {
-    return if_index != 0 || port_number != kNoPortNumber || port_address != kNoPortNumber;
-  }
+  bool any() const { return if_index != 0 || port_number != kNoPort || port_address != kNoPort; }
 };
 
 /** The two interfaces that a swap exchanged the addresses of. */

@@ -45,8 +45,8 @@ PortPlan::PortPlan(const Chassis& chassis) : chassis_(&chassis) {
 }
 
 void PortPlan::clear() {
-  numbers_.fill(kNoPortNumber);
-  by_address_.fill(kNoPortNumber);
+  numbers_.fill(kNoPort);
+  by_address_.fill(kNoPort);
   owners_.fill(kNobody);
   logical_.clear();
 }
@@ -66,9 +66,9 @@ std::optional<std::uint32_t> PortPlan::position_within(NumberOwner owner,
 }
 
 std::uint16_t PortPlan::address_of(std::uint32_t number) const {
-  if (number == kNoPortNumber) return kNoPortNumber;
+  if (number == kNoPort) return kNoPort;
   const auto* found = std::find(by_address_.begin(), by_address_.end(), number);
-  return found == by_address_.end() ? kNoPortNumber
+  return found == by_address_.end() ? kNoPort
                                     : static_cast<std::uint16_t>(found - by_address_.begin());
 }
 
@@ -119,7 +119,7 @@ std::vector<if_index_t> PortPlan::interfaces_by_number() const {
     const std::uint32_t first = positions_of(module.number).first;
     for (std::uint32_t port = 0; port < module.ports.size(); ++port) {
       const PortNumber number = numbers_[first + port];
-      if (number == kNoPortNumber) continue;
+      if (number == kNoPort) continue;
       interfaces[number] =
           platform::interface_index(platform::fibre_channel_port(module.slot - 1, port));
     }
@@ -141,7 +141,7 @@ PortNumber PortPlan::number_of_interface(if_index_t if_index) const {
   for (const auto& [number, bound] : logical_) {
     if (bound == if_index) return number;
   }
-  return kNoPortNumber;
+  return kNoPort;
 }
 
 PlanVerdict PortPlan::check_owner(NumberOwner owner) const {
@@ -183,7 +183,7 @@ PlanVerdict PortPlan::check_ranges(NumberOwner owner,
 }
 
 void PortPlan::take_away(PortNumber number) {
-  if (const auto position = position_of(number)) numbers_[*position] = kNoPortNumber;
+  if (const auto position = position_of(number)) numbers_[*position] = kNoPort;
   logical_.erase(number);
   owners_[number] = kNobody;
 }
@@ -239,7 +239,7 @@ FcdStatus PortPlan::assign(if_index_t if_index, std::uint32_t number) {
   if (interface_of(number) == if_index) return FcdStatus::kDone;
   if (interface_of(number) != 0) return FcdStatus::kPortNumberTaken;
   if (position) {
-    if (const auto spare = position_of(number)) numbers_[*spare] = kNoPortNumber;
+    if (const auto spare = position_of(number)) numbers_[*spare] = kNoPort;
     numbers_[*position] = static_cast<PortNumber>(number);
   } else {
     std::erase_if(logical_, [&](const auto& bound) { return bound.second == if_index; });
@@ -251,11 +251,11 @@ FcdStatus PortPlan::assign(if_index_t if_index, std::uint32_t number) {
 FcdStatus PortPlan::unassign(if_index_t if_index, std::uint32_t number) {
   if (chassis_->port(if_index) == nullptr) return FcdStatus::kNoSuchInterface;
   const PortNumber present = number_of_interface(if_index);
-  if (present == kNoPortNumber || (number != kNoPortNumber && number != present)) {
+  if (present == kNoPort || (number != kNoPort && number != present)) {
     return FcdStatus::kPortNumberNotBound;
   }
   if (const auto position = position_of_interface(if_index)) {
-    numbers_[*position] = kNoPortNumber;
+    numbers_[*position] = kNoPort;
   } else {
     logical_.erase(present);
   }
@@ -267,10 +267,10 @@ FcdStatus PortPlan::bind_address(std::uint32_t address, std::uint32_t number) {
     return status;
   }
   if (number == kControlUnitPort) return FcdStatus::kControlUnitPort;
-  if (number != kNoPortNumber) {
+  if (number != kNoPort) {
     if (!is_number(number)) return FcdStatus::kPortNumberOutOfRange;
     const std::uint16_t present = address_of(number);
-    if (present != kNoPortNumber && present != address) return FcdStatus::kPortNumberHasAddress;
+    if (present != kNoPort && present != address) return FcdStatus::kPortNumberHasAddress;
   }
   by_address_[address] = static_cast<PortNumber>(number);
   return FcdStatus::kDone;

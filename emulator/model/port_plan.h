@@ -24,7 +24,7 @@
 
 namespace ficon::emulator {
 
-using PortNumber = std::uint16_t;  // kNoPortNumber: none
+using PortNumber = std::uint16_t;  // kNoPort: none
 
 struct PortNumberRange {
   std::uint32_t first;
@@ -64,7 +64,7 @@ class PortPlan {
   PortNumber number_at(std::uint32_t position) const { return numbers_[position]; }
   std::optional<std::uint32_t> position_of(std::uint32_t number) const;
   PortNumber number_of_address(std::uint32_t address) const { return by_address_[address]; }
-  /** kNoPortNumber where the number has no address. */
+  /** kNoPort where the number has no address. */
   std::uint16_t address_of(std::uint32_t number) const;
   std::optional<NumberOwner> owner_of(std::uint32_t number) const;
   std::vector<PortNumberRange> reserved_for(NumberOwner owner) const;
@@ -99,7 +99,7 @@ class PortPlan {
   void clear();
 
   bool is_number(std::uint32_t number) const {
-    return number < chassis_->ficon_ports && number != kNoPortNumber && number != kControlUnitPort;
+    return number < chassis_->ficon_ports && number != kNoPort && number != kControlUnitPort;
   }
   std::uint32_t rows() const { return chassis_->ficon_ports; }
   const std::map<PortNumber, if_index_t>& logical_bindings() const { return logical_; }

@@ -36,12 +36,12 @@ std::optional<json> save_ports(const Switch& model, const PathParts&) {
   const PortPlan& plan = model.port_plan();
   json positions = json::array();
   for (std::uint32_t p = 0; p < wire::kPortPositions; ++p) {
-    if (plan.number_at(p) == kNoPortNumber) continue;
+    if (plan.number_at(p) == kNoPort) continue;
     positions.push_back({{"position", p}, {"port_number", plan.number_at(p)}});
   }
   json addresses = json::array();
   for (std::uint32_t a = 0; a <= kLastUsablePortAddress; ++a) {
-    if (plan.number_of_address(a) == kNoPortNumber) continue;
+    if (plan.number_of_address(a) == kNoPort) continue;
     addresses.push_back({{"port_address", a}, {"port_number", plan.number_of_address(a)}});
   }
   json interfaces = json::array();
@@ -96,7 +96,7 @@ void write_port_records(const Switch& model, const PathParts&, SavedRecords& rec
   std::string interfaces;
   for (std::uint32_t row = 0; row < plan.rows(); ++row) {
     wire::host16 number{};  // the generator takes the rows as they stand
-    number.set(row < kPortAddresses ? plan.number_of_address(row) : kNoPortNumber);
+    number.set(row < kPortAddresses ? plan.number_of_address(row) : kNoPort);
     append(addresses, number);
     wire::be32 if_index{};
     if_index.set(plan.interface_of(row));

@@ -112,7 +112,7 @@ class Years {
 
   void bind_address() {
     const std::uint32_t address = upto(0xfd);
-    if (chance(50)) attempt(ports_.bind_address(kOperator, address, kNoPortNumber));
+    if (chance(50)) attempt(ports_.bind_address(kOperator, address, kNoPort));
     attempt(ports_.bind_address(kOperator, address, upto(0xfd)));
   }
 
