@@ -14,11 +14,9 @@ using wire::TlvType;
 
 constexpr std::uint32_t kDomain = 1;
 
-/** 0 for a port that no frame can reach: without an address, or not of a FICON VSAN. */
+/** 0 for a port that no frame can reach. */
 std::uint32_t fcid_of(const PortKeys& port, const Switch& model) {
-  const platform::Port* hardware = model.chassis().port(port.if_index);
-  if (hardware == nullptr || port.port_address == kNoPort) return 0;
-  const Vsan* vsan = model.find_vsan(hardware->vsan);
+  const Vsan* vsan = model.vsan_with_fcid(port.port_address);
   if (vsan == nullptr) return 0;
   return kDomain << 16 | std::uint32_t{port.port_address} << 8 | vsan->fcid_last_byte;
 }

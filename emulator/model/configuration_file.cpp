@@ -53,15 +53,11 @@ FcdStatus ConfigurationFile::change_prohibited(std::uint32_t address, std::uint3
   return FcdStatus::kDone;
 }
 
-void ConfigurationFile::prohibit_all() {
-  PortSet usable;
-  for (std::uint32_t address = 0; address <= kLastUsablePortAddress; ++address) {
-    usable.set(address);
-  }
-  for (std::uint32_t address = 0; address <= kLastUsablePortAddress; ++address) {
-    ports_[address].prohibited = usable;
-    ports_[address].prohibited.reset(address);
-  }
+void ConfigurationFile::prohibit_pairs_of(const PortSet& usable_ports) {
+  usable_ports.for_each([&](std::uint32_t address) {
+    PortSet& prohibited = ports_[address].prohibited;
+    prohibited = (prohibited | usable_ports).reset(address);
+  });
 }
 
 bool ConfigurationFile::is_consistent() const {

@@ -55,8 +55,8 @@ class ConfigurationFile {
   FcdStatus set_name(std::uint32_t address, const PortName& name);
   /** Both sides of every pair are kept alike: a prohibit is symmetric. */
   FcdStatus change_prohibited(std::uint32_t address, std::uint32_t how, const PortSet& mask);
-  /** Prohibits every pair of usable ports: what new files begin with where that is the default. */
-  void prohibit_all();
+  /** Beside what is prohibited already. */
+  void prohibit_pairs_of(const PortSet& usable_ports);
 
   /** Puts back stored settings of one port; no rule is asked. */
   void restore_port(std::uint32_t address, const PortSettings& settings) {

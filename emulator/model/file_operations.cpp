@@ -60,7 +60,7 @@ FcdStatus FileOperations::open(std::uint32_t number, const Asker& asker, const F
                                      .original = name,
                                      .editor = asker,
                                      .creates = file == nullptr,
-                                     .draft = file != nullptr ? *file : switch_.new_file()});
+                                     .draft = file != nullptr ? *file : switch_.new_file(vsan)});
   return FcdStatus::kDone;
 }
 

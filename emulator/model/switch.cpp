@@ -72,7 +72,7 @@ FcdStatus Switch::enable_ficon(std::uint32_t number, const Asker& asker) {
   if (find_vsan(number) != nullptr) return FcdStatus::kDone;
   const auto vsan = static_cast<VsanNumber>(number);
   Vsan& enabled = vsans_.try_emplace(vsan, vsan).first->second;
-  enabled.files = {.active = new_file(), .named = {{kIplFile, new_file()}}};
+  enabled.files = {.active = new_file(enabled), .named = {{kIplFile, new_file(enabled)}}};
   touched.object(vsan_object(vsan));
   touched.object(file_object(vsan, kActiveConfiguration));
   touched.object(file_object(vsan, kIplFile));
@@ -102,9 +102,25 @@ PortIdentity Switch::port_identity(std::uint32_t port_address) const {
   return {number, if_index, if_index != 0};
 }
 
-ConfigurationFile Switch::new_file() const {
+const Vsan* Switch::vsan_with_fcid(std::uint32_t port_address) const {
+  const platform::Port* port = chassis().port(port_identity(port_address).if_index);
+  return port == nullptr ? nullptr : find_vsan(port->vsan);
+}
+
+/** Lists that are built by FCID cannot name a port without one. */
+PortSet Switch::ports_in_access_lists(const Vsan& vsan) const {
+  PortSet ports;
+  for (std::uint32_t address = 0; address <= kLastUsablePortAddress; ++address) {
+    ports.set(address, prohibit_settings_.acl_not_fcid || vsan_with_fcid(address) == &vsan);
+  }
+  return ports;
+}
+
+ConfigurationFile Switch::new_file(const Vsan& vsan) const {
   ConfigurationFile file;
-  if (prohibit_settings_.prohibited_by_default) file.prohibit_all();
+  if (prohibit_settings_.prohibited_by_default) {
+    file.prohibit_pairs_of(ports_in_access_lists(vsan));
+  }
   return file;
 }
 

@@ -110,10 +110,12 @@ class Switch {
   const ProhibitSettings& prohibit_settings() const { return prohibit_settings_; }
   /** The port behind a port address; nothing of it where the chassis has none there. */
   PortIdentity port_identity(std::uint32_t port_address) const;
+  /** The FICON VSAN that the port behind an address has an FCID in; null where it has none. */
+  const Vsan* vsan_with_fcid(std::uint32_t port_address) const;
 
   // Configuration files; what can be done with them stands in file_operations.h.
-  /** What a new file begins with. */
-  ConfigurationFile new_file() const;
+  /** What a new file of a VSAN begins with. */
+  ConfigurationFile new_file(const Vsan& vsan) const;
   const SwitchOptions& options() const { return options_; }
 
   // The frame of every change.
@@ -140,6 +142,7 @@ class Switch {
   Vsan& restore_vsan(VsanNumber number) { return vsans_.try_emplace(number, number).first->second; }
 
  private:
+  PortSet ports_in_access_lists(const Vsan& vsan) const;
   void limits_changed(std::string detail);
   FcdStatus check_requester(const Vsan& vsan, Requester requester) const;
 

@@ -68,11 +68,12 @@ TEST_CASE("a port cannot be prohibited to itself") {
   CHECK(file.change_prohibited(5, 0, PortSet().set(5)) == FcdStatus::kProhibitsItself);
 }
 
-TEST_CASE("prohibiting all leaves no usable pair, and the control unit port alone") {
+TEST_CASE("prohibiting the pairs of some ports leaves the others as they were") {
   ConfigurationFile file;
-  file.prohibit_all();
-  CHECK(file.port(0x00).prohibited.count() == 253);
-  CHECK(file.port(0xfd).prohibited.count() == 253);
-  CHECK(file.port(0xfe).prohibited.none());
+  CHECK(file.change_prohibited(0x10, 0, PortSet().set(0x20)) == FcdStatus::kDone);
+  file.prohibit_pairs_of(PortSet().set(0x00).set(0x10).set(0xfd));
+  CHECK(file.port(0x00).prohibited == PortSet().set(0x10).set(0xfd));
+  CHECK(file.port(0x10).prohibited == PortSet().set(0x00).set(0x20).set(0xfd));
+  CHECK(file.port(0x20).prohibited == PortSet().set(0x10));
   CHECK(file.is_consistent());
 }

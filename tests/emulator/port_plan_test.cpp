@@ -204,15 +204,41 @@ TEST_CASE_FIXTURE(Small, "Walks go by number, interface or address") {
   CHECK_FALSE(ports.find({}));
 }
 
-TEST_CASE_FIXTURE(Small, "New files begin with every pair prohibited where that is the default") {
+TEST_CASE_FIXTURE(Small, "Where it is the default, new files prohibit what access lists can name") {
   PortOperations ports(model);
+  const PortSet none;
+  const auto prohibited_anew = [&](std::uint32_t vsan, std::uint32_t address) {
+    REQUIRE(model.disable_ficon(vsan, kOperator) == FcdStatus::kDone);
+    REQUIRE(model.enable_ficon(vsan, kOperator) == FcdStatus::kDone);
+    const ConfigurationFiles& files = model.find_vsan(vsan)->files;
+    CHECK(files.named.at(kIplFile) == files.active);
+    CHECK(files.active.is_consistent());
+    return files.active.port(address).prohibited;
+  };
   CHECK(ports.set_default_prohibit(kOperator, 2) == FcdStatus::kBadProhibitSetting);
   REQUIRE(ports.set_default_prohibit(kOperator, 1) == FcdStatus::kDone);
-  CHECK(model.find_vsan(10)->files.active.port(1).prohibited.none());
-  REQUIRE(model.enable_ficon(30, kOperator) == FcdStatus::kDone);
-  CHECK(model.find_vsan(30)->files.active.port(1).prohibited[2]);
-  REQUIRE(ports.set_acl_not_fcid(kOperator, 1) == FcdStatus::kDone);
-  REQUIRE(ports.downgrade_acl_type(kOperator) == FcdStatus::kDone);
-  CHECK_FALSE(model.prohibit_settings().acl_not_fcid);
-  CHECK(model.prohibit_settings().prohibited_by_default);
+  CHECK(model.find_vsan(10)->files.active.port(1).prohibited == none);
+
+  SUBCASE("by FCID: the addresses of the VSAN's interfaces") {
+    REQUIRE(ports.bind_address(kOperator, 6, kNoPort) == FcdStatus::kDone);
+    REQUIRE(ports.assign(kOperator, port_channel(12), 0xf1) == FcdStatus::kDone);
+    PortSet others_of_2;
+    for (const std::uint32_t address : {0U, 1U, 3U, 4U, 5U, 7U, 0xf1U}) others_of_2.set(address);
+    CHECK(prohibited_anew(10, 2) == others_of_2);
+    CHECK(prohibited_anew(10, 6) == none);     // its port has lost the address
+    CHECK(prohibited_anew(10, 0xf2) == none);  // no interface
+    CHECK(prohibited_anew(20, 2) == none);     // the port is of another VSAN
+  }
+  SUBCASE("not by FCID: every usable address, until the downgrade") {
+    REQUIRE(ports.set_acl_not_fcid(kOperator, 1) == FcdStatus::kDone);
+    for (const std::uint32_t address : {0x00U, 0x02U, 0xf2U, 0xfdU}) {
+      CHECK(prohibited_anew(20, address).count() == 253);
+    }
+    CHECK(prohibited_anew(20, 0xfe) == none);
+    REQUIRE(ports.downgrade_acl_type(kOperator) == FcdStatus::kDone);
+    CHECK(model.find_vsan(20)->files.active.port(2).prohibited.count() == 253);
+    CHECK(prohibited_anew(20, 2) == none);
+    CHECK(prohibited_anew(10, 2).count() == 7);
+    CHECK(model.prohibit_settings() == ProhibitSettings{.prohibited_by_default = true});
+  }
 }

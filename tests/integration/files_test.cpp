@@ -213,22 +213,6 @@ TEST_CASE_FIXTURE(Director, "A swap gives each of two ports the other's settings
   CHECK(settings("TEST", second) == before[5]);
 }
 
-TEST_CASE_FIXTURE(Director, "New files begin as the default prohibit setting says") {
-  std::uint32_t key = 0;
-  const auto create = [&](const char* name) {
-    std::uint8_t flag = 0;
-    REQUIRE(operator_.operate(FileOperation::kOpen, name, &key, &flag) == 0);
-    CHECK(flag == 1);  // a new file
-    REQUIRE(operator_.operate(FileOperation::kKeep, "", &key) == 0);
-  };
-  create("OPEN");
-  REQUIRE(operator_.call_plain(ficon_cmi_set_port_default_prohibit, 1U) == 0);
-  create("CLOSED");
-  CHECK(operator_.masks("OPEN") == Masks{});
-  CHECK(operator_.masks("CLOSED") == masks_of(1));
-  CHECK(operator_.masks("PROD") == Masks{});
-}
-
 TEST_CASE_FIXTURE(Director, "Names of every printable character come back in every code page") {
   std::vector<ficon_cmi_port_name_entry_t> entries(4);
   for (std::size_t i = 0; i < 4 * 24; ++i) {

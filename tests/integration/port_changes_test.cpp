@@ -19,7 +19,8 @@ constexpr std::uint8_t kReservedLogical = 6;
 constexpr if_index_t kChannel12 = 0x0400000c;
 constexpr if_index_t kAutoCreated = 0x0400000d;
 
-// Numbers 0 to 7 are module 1's, 8 to 15 module 2's, 240 to 249 the logical ports'.
+// Numbers 0 to 7 are module 1's, 8 to 15 module 2's, 240 to 249 the logical ports'; the last port
+// of module 2 is of another VSAN.
 constexpr const char* kChassis = R"(
 slots = 2
 [[module]]
@@ -32,6 +33,9 @@ slot = 2
 ports = 8
 vsan = 20
 condition = "up"
+[[module.port]]
+ports = "8"
+vsan = 10
 [[port_channel]]
 number = 12
 mode = "TE"
@@ -62,6 +66,15 @@ struct Director : ChassisDaemon {
   }
   static std::uint16_t port_number(std::uint32_t number) {
     return static_cast<std::uint16_t>(number);
+  }
+  /** What a file that is created now prohibits. */
+  Masks prohibited_in_new(const std::string& file) const {
+    std::uint32_t key = 0;
+    std::uint8_t flag = 0;
+    REQUIRE(files.operate(FileOperation::kOpen, file, &key, &flag) == 0);
+    CHECK(flag == 1);  // a new file
+    REQUIRE(files.operate(FileOperation::kKeep, "", &key) == 0);
+    return files.masks(file);
   }
   if_index_t interface_in(const std::string& file, std::uint32_t address) const {
     return files.ports(file).at(address).if_index.get();
@@ -261,6 +274,48 @@ TEST_CASE_FIXTURE(Director, "acl-not-fcid is set, downgraded, and a downgrade tw
   CHECK(ports.call(ficon_cmi_set_acl_type_downgrade) == 0);
   CHECK(ports.call(ficon_cmi_get_port_prohibit_acl_not_fcid, &value) == 0);
   CHECK(value == 0);
+}
+
+TEST_CASE_FIXTURE(Director, "Access lists of new files name ports with an FCID, or all of them") {
+  REQUIRE(ports.call(ficon_cmi_set_pa_pn, std::uint16_t{0x03}, kNone) == 0);
+  CHECK(prohibited_in_new("OPEN") == Masks{});
+  REQUIRE(ports.call(ficon_cmi_set_port_default_prohibit, 1U) == 0);
+  const Masks by_fcid = prohibited_in_new("FCID");
+  REQUIRE(ports.call(ficon_cmi_set_port_prohibit_acl_not_fcid, 1U) == 0);
+  const Masks by_port = prohibited_in_new("PORT");
+  REQUIRE(ports.call(ficon_cmi_set_acl_type_downgrade) == 0);
+  CHECK(prohibited_in_new("DOWN") == by_fcid);
+
+  // Of 00 to 0f, 03 has no port, and the port of 0f is of VSAN 10.
+  CHECK(by_fcid[0x00] == std::array<std::uint8_t, 32>{0x6f, 0xfe});
+  CHECK(by_fcid[0x0e] == std::array<std::uint8_t, 32>{0xef, 0xfc});
+  for (const std::size_t address : {0x03U, 0x0fU, 0x10U, 0xf0U, 0xfdU}) {
+    CHECK(by_fcid[address] == std::array<std::uint8_t, 32>{});
+  }
+  std::array<std::uint8_t, 32> all_but_10;
+  all_but_10.fill(0xff);
+  all_but_10[0x10 / 8] = 0x7f;
+  all_but_10[31] = 0xfc;  // fe and ff are no ports to prohibit
+  CHECK(by_port[0x10] == all_but_10);
+
+  // What is there stays as it is, and what was set holds, also for FICON that is enabled anew.
+  REQUIRE(ports.call(ficon_cmi_set_port_prohibit_acl_not_fcid, 1U) == 0);
+  kill_and_start();
+  const FileClient again(socket());
+  CHECK(again.masks("OPEN") == Masks{});
+  CHECK(again.masks("FCID") == by_fcid);
+  CHECK(again.masks("PORT") == by_port);
+  CHECK(again.masks("") == Masks{});
+  REQUIRE(again.call(ficon_cmi_set_ficon_state, std::uint8_t{0}) == 0);
+  REQUIRE(again.enable());
+  CHECK(again.masks("") == by_port);
+  REQUIRE(PortClient(socket()).call(ficon_cmi_set_acl_type_downgrade) == 0);
+  REQUIRE(again.call(ficon_cmi_set_ficon_state, std::uint8_t{0}) == 0);
+  kill_and_start();
+  const FileClient downgraded(socket());
+  REQUIRE(downgraded.enable());
+  CHECK(downgraded.masks("") == by_fcid);
+  CHECK(downgraded.masks("IPL") == by_fcid);
 }
 
 TEST_CASE_FIXTURE(Director, "What was acknowledged outlives a kill") {
