@@ -68,7 +68,12 @@ std::mutex mutex;
 std::map<std::filesystem::path, std::unique_ptr<Embedded>> running;
 
 int connect_to(const char* directory) {
-  std::filesystem::create_directories(directory);
+  std::error_code failure;
+  std::filesystem::create_directories(directory, failure);
+  if (failure) {
+    throw std::runtime_error("the directory " + std::string(directory) +
+                             " cannot be created: " + failure.message());
+  }
   const auto key = std::filesystem::canonical(directory);
   const std::lock_guard guard(mutex);
   auto& emulator = running[key];

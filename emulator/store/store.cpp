@@ -127,9 +127,13 @@ void Store::commit(const Switch& model) {
 void Store::save_startup() {
   const std::string target = platform::startup_store(path_);
   const std::string fresh = target + ".new";
-  std::filesystem::remove(fresh);
-  database_.run("VACUUM INTO '" + quoted(fresh) + "'");
-  std::filesystem::rename(fresh, target);
+  try {
+    std::filesystem::remove(fresh);
+    database_.run("VACUUM INTO '" + quoted(fresh) + "'");
+    std::filesystem::rename(fresh, target);
+  } catch (const std::filesystem::filesystem_error& error) {
+    throw StoreError(target + " cannot be written: " + error.code().message());
+  }
 }
 
 void Store::erase_below(const std::string& path) {

@@ -3,6 +3,7 @@
 #include <doctest/doctest.h>
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "client.h"
@@ -166,6 +167,17 @@ TEST_CASE_FIXTURE(Served, "A change that cannot be stored is refused and undone;
   sqlite3_close(other);
   CHECK(tlv_status(call(7865, vsan_config(1, 5, 20, 12, {1}))) == 0);
   CHECK(call(7855, vsan_info(1, 20))[140 + 12] == 1);
+}
+
+TEST_CASE_FIXTURE(Served,
+                  "A startup configuration that cannot be written is refused; the daemon goes on") {
+  const auto save = [&] { return be32_at(call(2, {}, 204), 0); };
+  const std::string startup = directory.path("ficon.db.startup");
+  const std::string in_the_way = startup + "/directory";
+  std::filesystem::create_directories(in_the_way);
+  CHECK(save() == 0x40890009);
+  std::filesystem::remove_all(startup);
+  CHECK(save() == 0);
 }
 
 TEST_CASE_FIXTURE(Served, "A request that nobody answers gets an empty reply") {

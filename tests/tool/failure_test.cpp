@@ -27,6 +27,7 @@ TEST_CASE("fcd's refusals, the library's codes and Linux's errors each have a na
   CHECK(failure(0x40850012).name() == "lock-unavailable");
   CHECK(failure(0x40850043).name() == "timed-out");
   CHECK(failure(90).name() == "message-too-long");
+  CHECK(failure(84).hint() == "use characters that the code page has");
   CHECK(failure(13).name() == "EACCES");
   CHECK(failure(0xffffffff).name() == "send-failed");
 }

@@ -1,6 +1,8 @@
 /** What is typed wrong: exit status 2 and a sentence that helps; nothing is asked of any daemon. */
 #include <doctest/doctest.h>
 
+#include <vector>
+
 #include "tool_process.h"
 
 using namespace ficon::test;
@@ -27,6 +29,13 @@ TEST_CASE("mistyped and missing words") {
   refuses("", "name an object: vsan, ");
   refuses("vsan", "name an action: list, show, ");
   refuses("vsan show", "VSAN is required");
+  refuses("vsan show 20 21", "\"21\" is one word too many");
+  refuses("-x vsan list", "there is no option \"-x\" here");
+  refuses("--endpont x vsan list",
+          "there is no option \"--endpont\" here: did you mean \"--endpoint\"?");
+  refuses("--endpoint", "--endpoint needs a value");
+  refuses("vsan key-counter 20 --test", "--test needs a value");
+  refuses("vsan key-counter 20 --test 1 --test 2", "--test is given more than once");
 }
 
 TEST_CASE("bad values name the value and what it may be") {
@@ -39,6 +48,36 @@ TEST_CASE("bad values name the value and what it may be") {
   refuses("lock get 20 --hold x", "--hold \"x\" is not a number from 1 to 604800");
   refuses("--wait soon vsan list", "--wait \"soon\" is not a number from 0 to 4294967295");
   refuses("--requester hots vsan list", "requester \"hots\" is not operator, agent or host");
+  refuses("limits set getnext-type=some",
+          "getnext-type \"some\" is not all, installed or a number");
+  refuses("limits set foo=1", "there is no limit \"foo\": use getnext-type or max-ports");
+  refuses("hostdata write 20 --hex xyz", "\"xyz\" is not hexadecimal: two digits a byte");
+  refuses("hostdata write 20 --hex abc", "\"abc\" is an odd number of digits: a byte has two");
+  refuses("config diff running saved", "SECOND: \"saved\" is not running or startup");
+}
+
+TEST_CASE("an empty word is refused rather than taken for one that is not there") {
+  const std::vector<std::vector<std::string>> commands = {
+      {"vsan", "codepage", "20", ""},      {"vsan", "clock", "20", "--set", ""},
+      {"file", "show", "20", ""},          {"portnumber", "release", "--module", "3", ""},
+      {"config", "running", "--vsan", ""}, {"--endpoint", "", "vsan", "list"},
+  };
+  for (const auto& words : commands) {
+    CAPTURE(words[0] + " " + words[1]);
+    const Result result = tool.run(words);
+    CHECK(result.status == 2);
+    CHECK(contains(result.err, ": an empty word is no value\n"));
+  }
+}
+
+TEST_CASE("a file that cannot be read is told with the reason") {
+  for (const char* words :
+       {"hostdata write 20 /tmp", "file import 20 prod /tmp", "config apply /tmp"}) {
+    CAPTURE(words);
+    const Result result = tool(words);
+    CHECK(result.status == 1);
+    CHECK(contains(result.err, "ficonctl: cannot read /tmp: Is a directory\n  try: "));
+  }
 }
 
 TEST_CASE("usage errors are JSON too, where JSON is wanted") {
@@ -50,6 +89,13 @@ TEST_CASE("usage errors are JSON too, where JSON is wanted") {
   CHECK(error["status"] == "0x00000000");
   CHECK(error["message"] == "there is no action \"shwo\": did you mean \"show\"?");
   CHECK(error["hint"] == "ficonctl vsan --help");
+}
+
+TEST_CASE("bytes that are no text are replaced where JSON is wanted") {
+  const Result result = tool.run({"--json", "vsan", "show", "\xff"});
+  CHECK(result.status == 2);
+  CHECK(result.json()["error"]["message"] ==
+        "VSAN \"\xef\xbf\xbd\" is not a number from 1 to 4093");
 }
 
 TEST_CASE("help, version and completion need no daemon") {

@@ -22,9 +22,9 @@ struct SmallTool {
     app.add_subcommand("version");
   }
 
-  std::string refusal(const Words& words) {
+  std::string refusal(const Words& arguments) {
     try {
-      check_words(app, words);
+      check_words(app, words_of(app, arguments), arguments);
     } catch (const UsageError& error) {
       return error.what();
     }
@@ -46,6 +46,8 @@ TEST_CASE("options and their values are no words") {
 
 TEST_CASE("a mistyped object or action is named with what is near") {
   SmallTool tool;
+  CHECK(tool.refusal({"--jsn", "list"}) ==
+        "there is no option \"--jsn\" here: did you mean \"--json\"?");
   CHECK(tool.refusal({"vsna", "list"}) == "there is no object \"vsna\": did you mean \"vsan\"?");
   CHECK(tool.refusal({"vsan", "shwo"}) == "there is no action \"shwo\": did you mean \"show\"?");
   CHECK(tool.refusal({"disk"}) == "there is no object \"disk\"");

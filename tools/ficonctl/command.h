@@ -14,6 +14,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "output.h"
@@ -25,7 +26,8 @@ struct Context {
   SessionOptions options;
   Session session{options};
   Output output;
-  bool yes = false;  // --yes was given
+  bool yes = false;                           // --yes was given
+  std::set<const CLI::Option*> may_be_empty;  // arguments to which an empty word says something
 };
 
 inline CLI::App& add_object(CLI::App& app, const std::string& name, const std::string& help) {

@@ -22,6 +22,23 @@ void register_fru(CLI::App& app, Context& context);
 void register_diagnostics(CLI::App& app, Context& context);
 void register_version(CLI::App& app, Context& context);
 
+namespace {
+
+/** An empty word is mostly a script's variable that nobody has set. */
+void refuse_empty_words(CLI::App& app, const Context& context) {
+  for (CLI::Option* option : app.get_options()) {
+    if (option->get_items_expected_min() == 0 || context.may_be_empty.contains(option)) continue;
+    option->check([](const std::string& word) {
+      return word.empty() ? std::string("an empty word is no value") : std::string();
+    });
+  }
+  for (CLI::App* below : app.get_subcommands([](const CLI::App*) { return true; })) {
+    refuse_empty_words(*below, context);
+  }
+}
+
+}  // namespace
+
 void register_commands(CLI::App& app, Context& context) {
   register_vsan(app, context);
   register_lock(app, context);
@@ -41,6 +58,7 @@ void register_commands(CLI::App& app, Context& context) {
   register_fru(app, context);
   register_diagnostics(app, context);
   register_version(app, context);
+  refuse_empty_words(app, context);
 }
 
 }  // namespace ficon::ctl

@@ -1,6 +1,5 @@
 /** `ficonctl config`: the configuration as command lines. */
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <set>
@@ -13,6 +12,7 @@
 #include "configuration/configuration.h"
 #include "mapped_ports.h"
 #include "parse.h"
+#include "whole_file.h"
 
 namespace ficon::ctl {
 namespace {
@@ -125,9 +125,7 @@ void save(Context& context) {
 
 std::string read_text(const std::string& path) {
   if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-  std::ifstream in(path);
-  if (!in) throw Failure(0, "not-read", "cannot read " + path, "see whether it is there");
-  return {std::istreambuf_iterator<char>(in), {}};
+  return read_file(path);
 }
 
 /** The lines that are not so yet, each once. */
@@ -173,7 +171,10 @@ void register_config(CLI::App& app, Context& context) {
                                  [&context, arguments] { diff(context, *arguments); });
   const auto add_side = [&](const char* name, std::string& side) {
     compare.add_option(name, side, "running or startup")
-        ->check(CLI::IsMember({kRunning, kStartup}))
+        ->check([](const std::string& typed) {
+          if (typed == kRunning || typed == kStartup) return std::string();
+          return "\"" + typed + "\" is not running or startup";
+        })
         ->capture_default_str();
   };
   add_side("FIRST", arguments->first);

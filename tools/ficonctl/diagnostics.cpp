@@ -1,10 +1,13 @@
 /** `ficonctl debug` and `ficonctl events`: what the library and the feature say of themselves. */
+#include <unistd.h>
+
 #include <cstdlib>
-#include <fstream>
+#include <sstream>
 
 #include "command.h"
 #include "configuration/configuration.h"
 #include "parse.h"
+#include "whole_file.h"
 
 namespace ficon::ctl {
 namespace {
@@ -28,7 +31,8 @@ void show_events(Context& context) {
   Json json = Json::array();
   std::string text;
   for (const std::string& file : {std::string(path) + ".1", std::string(path)}) {  // oldest first
-    std::ifstream log(file);
+    if (access(file.c_str(), F_OK) != 0) continue;  // nothing was recorded there yet
+    std::istringstream log(read_file(file));
     for (std::string line; std::getline(log, line);) {
       json.push_back(line);
       text += line + "\n";

@@ -11,6 +11,7 @@ namespace ficon::ctl {
 namespace {
 
 constexpr std::uint32_t kNoSuchDevice = 19;
+constexpr std::uint32_t kIllegalCharacter = 84;
 constexpr std::uint32_t kMessageTooLong = 90;
 constexpr std::uint32_t kLargestErrorNumber = 4095;
 
@@ -34,6 +35,10 @@ Failure failure_of(std::uint32_t status, const std::string& what, const std::str
   if (status == kNoSuchDevice) {
     return {status, "no-such-device", what + ": the chassis has no such module or interface",
             "`ficonctl portmap show` lists what there is"};
+  }
+  if (status == kIllegalCharacter) {
+    return {status, "EILSEQ", what + ": the VSAN's code page has not all of the characters",
+            "use characters that the code page has"};
   }
   if (status == kMessageTooLong) {
     return {status, "message-too-long", what + ": the message is larger than the transport takes",

@@ -1,6 +1,4 @@
 /** `ficonctl file`: the configuration files of a VSAN. */
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "command.h"
@@ -8,6 +6,7 @@
 #include "file_client.h"
 #include "file_text.h"
 #include "requester.h"
+#include "whole_file.h"
 #include "wire/fcd_status.h"
 
 namespace ficon::ctl {
@@ -144,23 +143,13 @@ void export_file(Context& context, const FileArguments& arguments) {
     context.output.raw(json);
     return;
   }
-  std::ofstream out(arguments.text);
-  out << json;
-  if (!out.flush()) {
-    throw Failure(0, "not-written", "cannot write " + arguments.text, "see whether it can be");
-  }
+  write_file(arguments.text, json);
   say(context, file, "exported to " + arguments.text);
-}
-
-std::string read_all(const std::string& path) {
-  std::ifstream in(path);
-  if (!in) throw Failure(0, "not-read", "cannot read " + path, "see whether it is there");
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void import_file(Context& context, const FileArguments& arguments) {
   const FileName file = arguments.file();
-  const FileText wanted = file_from_json(read_all(arguments.text));
+  const FileText wanted = file_from_json(read_file(arguments.text));
   for (const Port& port : wanted.ports) {
     if (!port.name.empty()) check_port_name(context.session, file.vsan, port.name);
   }

@@ -81,7 +81,8 @@ FileText file_from_json(const std::string& text) {
   try {
     json = Json::parse(text);
   } catch (const Json::exception& error) {  // a number can be too large for any type, too
-    throw UsageError("import: no JSON: " + std::string(error.what()));
+    const std::string what = error.what();  // begins with a name of the kind of error, in brackets
+    throw UsageError("import: no JSON: " + what.substr(what.find("] ") + 2));
   }
   if (!json.is_object()) refuse("the text", "expected an object");
   check_members(json, {"format", "version", "description", "ports"}, "the text");

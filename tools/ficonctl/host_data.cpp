@@ -2,12 +2,11 @@
 #include <array>
 #include <cctype>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include "command.h"
 #include "parse.h"
 #include "vsan_record.h"
+#include "whole_file.h"
 #include "wire/code_set.h"
 #include "wire/host_data.h"
 
@@ -40,16 +39,17 @@ std::string to_hex(const Bytes& bytes) {
 Bytes from_hex(const std::string& text) {
   std::string digits;
   for (const char c : text) {
-    if (std::isspace(static_cast<unsigned char>(c)) == 0) digits += c;
+    if (std::isspace(static_cast<unsigned char>(c)) != 0) continue;
+    if (std::isxdigit(static_cast<unsigned char>(c)) == 0) {
+      throw UsageError("\"" + text + "\" is not hexadecimal: two digits a byte");
+    }
+    digits += c;
   }
-  if (digits.size() % 2 != 0) throw UsageError("\"" + text + "\" is an odd number of digits");
+  if (digits.size() % 2 != 0) {
+    throw UsageError("\"" + text + "\" is an odd number of digits: a byte has two");
+  }
   Bytes bytes;
   for (std::size_t i = 0; i < digits.size(); i += 2) {
-    for (const std::size_t digit : {i, i + 1}) {
-      if (std::isxdigit(static_cast<unsigned char>(digits[digit])) == 0) {
-        throw UsageError("\"" + text + "\" is not hexadecimal");
-      }
-    }
     bytes.push_back(static_cast<std::uint8_t>(parse_hex(digits.substr(i, 2), 0xff, "byte")));
   }
   return bytes;
@@ -64,12 +64,7 @@ void read_to(Context& context, const ReadArguments& arguments) {
   const std::uint32_t vsan = parse_vsan(arguments.vsan);
   const Bytes bytes = read_host_data(context, vsan);
   if (!arguments.file.empty()) {
-    std::ofstream file(arguments.file, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) {
-      throw Failure(0, "file-failed", "cannot write " + arguments.file, "look at the path");
-    }
+    write_file(arguments.file, std::string(bytes.begin(), bytes.end()));
     context.output.show(
         {{"vsan", vsan}, {"length", bytes.size()}, {"file", arguments.file}},
         std::to_string(bytes.size()) + " bytes of host data written to " + arguments.file);
@@ -92,12 +87,8 @@ Bytes bytes_to_write(const WriteArguments& arguments) {
     throw UsageError("what to write is a FILE or --hex BYTES");
   }
   if (!arguments.hex.empty()) return from_hex(arguments.hex);
-  std::ifstream file(arguments.file, std::ios::binary);
-  const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
-  if (!file.is_open() || file.bad()) {
-    throw Failure(0, "file-failed", "cannot read " + arguments.file, "look at the path");
-  }
-  return bytes;
+  const std::string contents = read_file(arguments.file);
+  return {contents.begin(), contents.end()};
 }
 
 void write_from(Context& context, const WriteArguments& arguments) {

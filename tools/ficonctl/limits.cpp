@@ -24,6 +24,9 @@ std::string type_name(std::uint32_t type) {
 std::uint32_t parse_type(const std::string& text) {
   if (text == "all") return kAllPorts;
   if (text == "installed") return kInstalledPorts;
+  if (text.find_first_not_of("0123456789xX") != std::string::npos) {
+    throw UsageError(kGetNextType + (" \"" + text + "\" is not all, installed or a number"));
+  }
   return parse_number(text, 0, 0xffffffff, kGetNextType);
 }
 
@@ -49,8 +52,8 @@ void set_limits(Context& context, const std::vector<std::string>& assignments) {
     } else if (field == kMaxPorts) {
       ports = parse_number(value, 1, kMostPorts, kMaxPorts);
     } else {
-      throw UsageError("there is no limit \"" + field + "\"" +
-                       did_you_mean(field, {kGetNextType, kMaxPorts}));
+      throw UsageError("there is no limit \"" + field + "\": use " + kGetNextType + " or " +
+                       kMaxPorts);
     }
   }
   if (type) {

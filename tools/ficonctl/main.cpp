@@ -37,15 +37,32 @@ void add_global_options(CLI::App& app, Context& context) {
       "--no-color", [&context] { context.output.color = false; }, "No colour, also on a terminal");
 }
 
+/** The parser's sentence begins with the option's name. */
+std::string explain_mismatch(const std::string& sentence) {
+  const std::string option = sentence.substr(0, sentence.find(':'));
+  const bool lacks = sentence.find("missing") != std::string::npos;
+  return option + (lacks ? " needs a value" : " is given more than once");
+}
+
+std::string explain_extra(const std::string& word) {
+  return word.starts_with('-') ? "there is no option \"" + word + "\" here"
+                               : "\"" + word + "\" is one word too many";
+}
+
 void parse(CLI::App& app, Context& context, const std::vector<std::string>& arguments,
            const std::vector<std::string>& words) {
   try {
-    check_words(app, words);
+    check_words(app, words, arguments);
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // wants it reversed
   } catch (const CLI::CallForHelp&) {
     context.output.raw(app.help());
   } catch (const CLI::CallForVersion& version) {
     context.output.raw(std::string(version.what()) + "\n");
+  } catch (const CLI::ArgumentMismatch& error) {
+    throw UsageError(explain_mismatch(error.what()));
+  } catch (const CLI::ExtrasError& error) {
+    const std::string better = explain_words(app, words, arguments);
+    throw UsageError(better.empty() ? explain_extra(app.remaining(true).front()) : better);
   } catch (const CLI::ParseError& error) {
     const std::string better = explain_words(app, words, arguments);
     throw UsageError(better.empty() ? error.what() : better);
@@ -87,6 +104,9 @@ int run(int argc, char** argv) {
     return static_cast<int>(Exit::kUsage);
   } catch (const Failure& failure) {
     context.output.fail(failure);
+    return static_cast<int>(Exit::kFailed);
+  } catch (const std::exception& error) {  // of a library: memory that has run out, mostly
+    context.output.fail(Failure(0, "unexpected", error.what(), "see whether the machine is well"));
     return static_cast<int>(Exit::kFailed);
   }
 }

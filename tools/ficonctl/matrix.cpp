@@ -1,10 +1,10 @@
 /** `ficonctl matrix`: the prohibit matrix of a file, drawn for the terminal or as a picture. */
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 
 #include "command.h"
 #include "file_client.h"
+#include "whole_file.h"
 
 namespace ficon::ctl {
 namespace {
@@ -269,11 +269,7 @@ void write_svg(Context& context, const MatrixArguments& arguments) {
     context.output.raw(svg);
     return;
   }
-  std::ofstream out(arguments.output);
-  out << svg;
-  if (!out.flush()) {
-    throw Failure(0, "not-written", "cannot write " + arguments.output, "see whether it can be");
-  }
+  write_file(arguments.output, svg);
   context.output.show({{"written", arguments.output}}, "written to " + arguments.output);
 }
 

@@ -20,6 +20,11 @@ std::size_t width(const std::string& text) {
       std::ranges::count_if(text, [](char c) { return (c & 0xc0) != 0x80; }));
 }
 
+/** Bytes that are no UTF-8, of a command line for one, are shown as such. */
+std::string text_of(const Json& value) {
+  return value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
 }  // namespace
 
 std::string Table::text(bool bold_header) const {
@@ -74,7 +79,7 @@ void Output::show(const Json& value, const Table& table) {
 
 void Output::show(const Json& value, const std::string& text) {
   if (json) {
-    write(value.dump(2) + "\n");
+    write(text_of(value));
   } else {
     write(text.ends_with('\n') || text.empty() ? text : text + "\n");
   }
@@ -88,7 +93,7 @@ void Output::write_error(const std::string& status, const std::string& name,
                          const std::string& message, const std::string& hint) {
   const Json error{{"status", status}, {"name", name}, {"message", message}, {"hint", hint}};
   // Where this fails too, the exit status alone has to say it.
-  (void)write_all(Json{{"error", error}}.dump(2) + "\n");
+  (void)write_all(text_of(Json{{"error", error}}));
 }
 
 void Output::fail(const Failure& failure) {

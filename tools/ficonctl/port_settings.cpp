@@ -111,10 +111,11 @@ void register_port_settings(CLI::App& app, Context& context) {
       [&context](const PortArguments& a) { set_blocked(context, a, true); });
   add("unblock", "Unblock ports",
       [&context](const PortArguments& a) { set_blocked(context, a, false); });
-  add("name", "Name a port; an empty name takes it away",
-      [&context](const PortArguments& a) { set_name(context, a); })
-      .add_option("NAME", arguments->name, "Up to 24 characters of the VSAN's code page")
-      ->required();
+  CLI::App& name = add("name", "Name a port; an empty name takes it away",
+                       [&context](const PortArguments& a) { set_name(context, a); });
+  context.may_be_empty.insert(
+      name.add_option("NAME", arguments->name, "Up to 24 characters of the VSAN's code page")
+          ->required());
   add("prohibit", "Forbid pairs of ports to talk",
       [&context](const PortArguments& a) { set_prohibited(context, a, true); })
       .add_option("--with", arguments->with, "The other ports of the pairs")

@@ -88,8 +88,13 @@ std::vector<std::string> words_of(const CLI::App& app, const std::vector<std::st
   return words;
 }
 
-void check_words(const CLI::App& app, const std::vector<std::string>& words) {
+void check_words(const CLI::App& app, const std::vector<std::string>& words,
+                 const std::vector<std::string>& arguments) {
   if (words.empty()) return;
+  // Whether an option that nobody knows takes a value, nobody knows: the object may be that.
+  const auto object = std::ranges::find(arguments, words[0]);
+  const std::string unknown = unknown_option({&app}, {arguments.begin(), object});
+  if (!unknown.empty()) throw UsageError(unknown);
   check_name(app, "object", words[0]);
   if (words.size() > 1) check_name(*find_command(app, words[0]), "action", words[1]);
 }

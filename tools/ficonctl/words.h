@@ -10,8 +10,9 @@ namespace ficon::ctl {
 /** The words that are no options: object and action first. */
 std::vector<std::string> words_of(const CLI::App& app, const std::vector<std::string>& arguments);
 
-/** A mistyped object or action: a UsageError that names what is near. */
-void check_words(const CLI::App& app, const std::vector<std::string>& words);
+/** A mistyped object, action or option in front of them: a UsageError that names what is near. */
+void check_words(const CLI::App& app, const std::vector<std::string>& words,
+                 const std::vector<std::string>& arguments);
 
 /** Why the parser refuses the words where they tell: a mistyped option, a missing action. Or "". */
 std::string explain_words(const CLI::App& app, const std::vector<std::string>& words,
