@@ -1,7 +1,7 @@
 /**
  * The daemon's handlers behind the service that the server uses, on a real store: whatever is
- * asked, in whatever order and over whichever connections, each reply is bounded, and a daemon
- * that is started again answers as the one before it did.
+ * asked, in whatever order and over whichever connections, each reply is bounded and that of its
+ * request, and a daemon that is started again answers as the one before it did.
  */
 #include "everything_readable.h"
 #include "protocol/frame.h"
@@ -33,6 +33,13 @@ ficon::emulator::Clocks still_clocks() {
   return {noon, noon};
 }
 
+/** What a reply has of its request. */
+struct Asked {
+  ficon::emulator::ConnectionId connection;
+  std::uint32_t token, node, sap, opcode;
+  bool operator==(const Asked&) const = default;
+};
+
 class Daemon {
  public:
   Daemon() { start(); }
@@ -47,9 +54,11 @@ class Daemon {
     const std::size_t number = step.route % (routes.size() + 1);
     const bool known = number < routes.size();
     const ficon::emulator::ConnectionId connection = step.flags & Step::kConnections;
-    service_->apply(connection, {++token_, known ? routes[number].node : ficon::wire::kFcdNode,
-                                 known ? routes[number].sap : 0U,
-                                 known ? routes[number].opcode : 0U, std::move(step.payload)});
+    const Asked asked{connection, ++token_, known ? routes[number].node : ficon::wire::kFcdNode,
+                      known ? routes[number].sap : 0U, known ? routes[number].opcode : 0U};
+    turn_.push_back(asked);
+    service_->apply(connection,
+                    {asked.token, asked.node, asked.sap, asked.opcode, std::move(step.payload)});
     if ((step.flags & Step::kSameTurn) == 0) finish_turn();
     if ((step.flags & Step::kHangsUp) != 0) service_->connection_closed(connection);
     if ((step.flags & Step::kRestarts) != 0) restart();
@@ -75,16 +84,23 @@ class Daemon {
                                                                         .clocks = still_clocks()},
                                          log_);
   }
+  /** Replies come in the order of their requests, of which some have none. */
   void finish_turn() {
-    for (const Service::Reply& reply : service_->finish_turn()) {
-      require(reply.message.payload.size() <= ficon::platform::kMaxMessage,
+    auto asked = turn_.begin();
+    for (const auto& [to, message] : service_->finish_turn()) {
+      require(message.payload.size() <= ficon::platform::kMaxMessage,
               "a reply is no longer than a message may be");
+      const Asked replied{to, message.token, message.node, message.sap, message.opcode};
+      asked = std::find(asked, turn_.end(), replied);
+      require(asked++ != turn_.end(), "a reply answers a request of its turn, once");
     }
+    turn_.clear();
   }
 
   ficon::emulator::Log log_{ficon::emulator::LogLevel::kError};
   std::shared_ptr<Hardware> hardware_ = new_hardware();
   std::unique_ptr<Service> service_;
+  std::vector<Asked> turn_;
   std::uint32_t token_ = 0;
 };
 
