@@ -277,6 +277,7 @@ TEST_CASE_FIXTURE(Director, "acl-not-fcid is set, downgraded, and a downgrade tw
 }
 
 TEST_CASE_FIXTURE(Director, "Access lists of new files name ports with an FCID, or all of them") {
+  REQUIRE(ports.call(ficon_cmi_set_ficon_state, 10U, std::uint8_t{1}) == 0);
   REQUIRE(ports.call(ficon_cmi_set_pa_pn, std::uint16_t{0x03}, kNone) == 0);
   CHECK(prohibited_in_new("OPEN") == Masks{});
   REQUIRE(ports.call(ficon_cmi_set_port_default_prohibit, 1U) == 0);

@@ -106,10 +106,14 @@ TEST_CASE("chassis: what is wrong is told with line and column") {
   };
   for (const Case& c : {
            Case{"", "test:1:1: slots is missing"},
-           Case{"slots = \"9\"", "test:1:9: slots is string, not a number"},
+           Case{"slots = \"9\"", "test:1:9: slots is string, not a whole number"},
+           Case{"slots = 2.5", "test:1:9: slots is floating-point, not a whole number"},
            Case{"slots = 17", "test:1:9: slots is 17, not from 1 to 16"},
            Case{"slots = 1\nname = 3", "test:2:8: name is integer, not a text"},
-           Case{"slots = 1\ncolour = 3", "test:2:1: unknown key \"colour\""},
+           Case{"slots = 1\ncolour = 3",
+                "test:2:1: unknown key \"colour\"; there are ficon_ports model module name "
+                "port_channel serial "
+                "slots software_version tunnel"},
            Case{"slots = 1\nficon_ports = 1281",
                 "test:2:15: ficon_ports is 1281, not from 1 to 1280"},
            Case{"slots = 1\nmodule = 3", "test:2:10: module is integer, not a list of tables"},
@@ -126,9 +130,13 @@ TEST_CASE("chassis: what is wrong is told with line and column") {
            Case{kModule + "mode = \"X\"",
                 "test:5:8: mode is none of auto, E, F, TE, SD, Fx: \"X\""},
            Case{kModule + "vsan = 4094", "test:5:8: vsan is 4094, not from 1 to 4093"},
-           Case{kModule + "trunk_vsans = [1, \"2\"]", "test:5:19: a VSAN is string, not a number"},
+           Case{kModule + "trunk_vsans = [1, \"2\"]",
+                "test:5:19: a VSAN is string, not a whole number"},
            Case{kModule + "trunk_vsans = [1, 0]", "test:5:19: VSAN is 0, not from 1 to 4093"},
-           Case{kModule + "speed = 16", "test:5:1: unknown key \"speed\""},
+           Case{kModule + "speed = 16",
+                "test:5:1: unknown key \"speed\"; there are condition mode number port ports slot "
+                "transceiver "
+                "trunk_vsans type vsan"},
            Case{kModule + "[[module.port]]\nports = \"1-9\"",
                 "test:6:9: ports \"1-9\": the ports are 1 to 8"},
            Case{kModule + "[[module.port]]\nports = \"3-1\"",
@@ -142,7 +150,9 @@ TEST_CASE("chassis: what is wrong is told with line and column") {
            Case{"slots = 1\n[[tunnel]]\nnumber = 3\n[[tunnel]]\nnumber = 3",
                 "test:5:10: fcip 3 is there already"},
            Case{"slots = 1\n[[tunnel]]\nnumber = 3\nauto_created = true",
-                "test:4:1: unknown key \"auto_created\""},
+                "test:4:1: unknown key \"auto_created\"; there are condition mode number "
+                "transceiver "
+                "trunk_vsans vsan"},
            Case{"slots = 1\n[[port_channel]]\nnumber = 3\nauto_created = 1",
                 "test:4:16: auto_created is integer, not true or false"},
        }) {

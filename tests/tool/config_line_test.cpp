@@ -112,17 +112,19 @@ TEST_CASE("configuration lines: every line that makes no sense is named, with th
 }
 
 TEST_CASE("configuration lines: wrong ones of interfaces") {
-  CHECK(complaint("ficon portnumber 240\n"
-                  "interface fc77/1\n"
-                  "  ficon portnumber 240\n"
-                  "interface fc1/1\n"
-                  "  ficon portaddress 0xfe\n"
-                  "  ficon portnumber 512\n"
-                  "  shutdown\n") ==
-        "nothing was applied:"
-        "\n  line 1: this line belongs below an interface"
-        "\n  line 2: \"fc77/1\" is no interface: fc2/17, port-channel 12, fcip 3"
-        "\n  line 5: port address \"0xfe\" is not a number from 0 to 253"
-        "\n  line 6: port number \"512\" is not a number from 0 to 255"
-        "\n  line 7: this is no line of FICON's configuration");
+  CHECK(
+      complaint("ficon portnumber 240\n"
+                "interface fc77/1\n"
+                "  ficon portnumber 240\n"
+                "interface fc1/1\n"
+                "  ficon portaddress 0xfe\n"
+                "  ficon portnumber 512\n"
+                "  shutdown\n") ==
+      "nothing was applied:"
+      "\n  line 1: this line belongs below an interface"
+      "\n  line 2: \"fc77/1\" is no interface: fc1/1 to fc16/64, port-channel1 to port-channel256, "
+      "fcip1 to fcip256"
+      "\n  line 5: port address \"0xfe\" is not a number from 0 to 253"
+      "\n  line 6: port number \"512\" is not a number from 0 to 255"
+      "\n  line 7: this is no line of FICON's configuration");
 }

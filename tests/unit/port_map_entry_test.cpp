@@ -295,6 +295,10 @@ TEST_CASE("port map: every state from mode, flag, interface flags and reason") {
                            static_cast<std::uint8_t>(reason), true});
         }
       }
+      for (int reason = 0; reason < 256; ++reason) {
+        cases.push_back(
+            {mode, static_cast<std::uint8_t>(flag), 0, static_cast<std::uint8_t>(reason), true});
+      }
     }
   }
   const auto expected = [](const Case& c) -> int {

@@ -140,7 +140,11 @@ std::string port_address_text(const std::optional<std::uint32_t>& port_address) 
 
 if_index_t parse_interface_name(const std::string& text) {
   if (const auto if_index = platform::parse_interface(text)) return *if_index;
-  throw UsageError("\"" + text + "\" is no interface: fc2/17, port-channel 12, fcip 3");
+  const std::string slots = std::to_string(platform::kSlots);
+  const std::string ports = std::to_string(platform::kPortsPerSlot);
+  const std::string numbers = std::to_string(platform::kLogicalNumbers);
+  throw UsageError("\"" + text + "\" is no interface: fc1/1 to fc" + slots + '/' + ports +
+                   ", port-channel1 to port-channel" + numbers + ", fcip1 to fcip" + numbers);
 }
 
 Json to_json(const MappedPort& port) {

@@ -57,10 +57,12 @@ void change(Context& context, const Arguments& arguments, const ReservationOpera
     };
     ranges = Reservation(parse_ranges(arguments.ranges, "ranges", parse_one));
   }
-  const std::string what = ranges.count == 0 ? "all" : arguments.ranges;
-  ask(context.session, operation, module, ranges, "port numbers " + what + " cannot be " + verb);
-  context.output.show({{"module", module == 0 ? Json() : Json(module)}, {verb, what}},
-                      name_of(module) + ": port numbers " + what + " " + verb);
+  const bool all = ranges.count == 0;
+  const std::string what = all ? "all port numbers" : "port numbers " + arguments.ranges;
+  ask(context.session, operation, module, ranges, what + " cannot be " + verb);
+  context.output.show(
+      {{"module", module == 0 ? Json() : Json(module)}, {verb, all ? "all" : arguments.ranges}},
+      name_of(module) + ": " + what + " " + verb);
 }
 
 void assign(Context& context, const Arguments& arguments) {

@@ -19,9 +19,10 @@ struct Setting {
 constexpr Setting kDefaultProhibit{
     "prohibit-default", "Whether new configuration files prohibit every pair of ports",
     "default prohibit", ficon_cmi_get_port_default_prohibit, ficon_cmi_set_port_default_prohibit};
-constexpr Setting kAclNotFcid{"acl", "Whether access lists are built other than by FCID",
-                              "acl-not-fcid", ficon_cmi_get_port_prohibit_acl_not_fcid,
-                              ficon_cmi_set_port_prohibit_acl_not_fcid};
+constexpr Setting kAclNotFcid{
+    "acl", "Whether access lists name every port address, not only those with an FCID",
+    "acl-not-fcid", ficon_cmi_get_port_prohibit_acl_not_fcid,
+    ficon_cmi_set_port_prohibit_acl_not_fcid};
 
 void show(Context& context, const Setting& setting, bool on) {
   context.output.show({{setting.name, on}}, std::string(setting.name) + ": " + (on ? "on" : "off"));

@@ -26,7 +26,8 @@ mts_handle_t Session::handle() {
   const char* endpoint = options_.endpoint.empty() ? nullptr : options_.endpoint.c_str();
   handle_ = ficon_mts_open(endpoint, error, sizeof error);
   if (handle_ == nullptr) {
-    throw Failure(0, "no-endpoint", error, "choose another endpoint with --endpoint");
+    throw Failure(0, "no-endpoint", error,
+                  "put that right, or choose another endpoint with --endpoint");
   }
   if (options_.verbose) ficon_mts_observe(handle_, print_exchange, nullptr);
   return handle_;

@@ -87,7 +87,7 @@ class Keys {
 
   template <class Number>
   void number(std::string_view key, std::int64_t least, std::int64_t most, Number& value) {
-    const auto* node = find_as<toml::value<std::int64_t>>(key, "a number");
+    const auto* node = find_as<toml::value<std::int64_t>>(key, "a whole number");
     if (node == nullptr) return;
     value = static_cast<Number>(checked(*node, key, least, most));
   }
@@ -122,9 +122,10 @@ class Keys {
 
   void finish() const {
     for (const auto& [key, node] : table_) {
-      if (!known_.contains(key.str())) {
-        throw Problem{key.source(), "unknown key " + quoted(key.str())};
-      }
+      if (known_.contains(key.str())) continue;
+      std::string what = "unknown key " + quoted(key.str()) + "; there are";
+      for (const std::string& known : known_) what += ' ' + known;
+      throw Problem{key.source(), what};
     }
   }
 
@@ -140,7 +141,7 @@ void read_trunk(Keys& keys, VsanSet& vsans) {
   for (const toml::node& node : *list) {
     const auto* number = node.as_integer();
     if (number == nullptr) {
-      throw Problem{node.source(), "a VSAN is " + a_kind(node) + ", not a number"};
+      throw Problem{node.source(), "a VSAN is " + a_kind(node) + ", not a whole number"};
     }
     vsans.set(static_cast<std::size_t>(Keys::checked(*number, "VSAN", 1, kLastVsan)));
   }
