@@ -109,6 +109,13 @@ void libmnl() {
   bench::keep(&result);
 }
 
+/** Where the buffers lie decides as much as what is done with them: so they lie here and there. */
+template <class Work>
+[[gnu::noinline]] void at_depth(std::size_t depth, const Work& work) {
+  bench::keep(__builtin_alloca(depth + 16));
+  work();
+}
+
 }  // namespace
 
 int main() {
@@ -116,7 +123,9 @@ int main() {
   std::vector<bench::Contender> contenders = {{"memset and memcpy of the same bytes", memory, {}},
                                               {"ficon_cmi", library, {}},
                                               {"libmnl", libmnl, {}}};
-  bench::measure(contenders, 400, 2000);
+  for (std::size_t depth = 0; depth < 4096; depth += 272) {
+    at_depth(depth, [&] { bench::measure(contenders, 25, 2000); });
+  }
   bench::print(contenders);
   return result == 0 ? 0 : 1;
 }
