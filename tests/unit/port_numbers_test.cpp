@@ -48,6 +48,18 @@ TEST_CASE("binding: the query says which interface has the number") {
   CHECK(platform.finished());
 }
 
+TEST_CASE("binding: an interface that the platform cannot name is printed without a name") {
+  ScriptedPlatform platform;
+  platform.on.snprintf_if_index = [](char* text, std::uint32_t, if_index_t) {
+    CHECK(text[0] == '\0');
+    return -1;
+  };
+  platform.expect_send(7892).reply(tlvs().add(29, binding(0, 0x0a0b0c0d)));
+  CHECK(bind(platform, 3) == 0);
+  CHECK(platform.printed() == "vsan 287454020 portnumber 1432778632 is bound to interface \n");
+  CHECK(platform.finished());
+}
+
 TEST_CASE("binding: the query of an unbound number says so and gives the status") {
   ScriptedPlatform platform;
   platform.expect_send(7892).reply(tlvs().add(29, binding(0x40890077)));

@@ -17,7 +17,7 @@ void print_binding(const wire::PortNumberBinding& answer, int vsan, int port_num
     console("vsan %d portnumber %d is not bound to interface\n", vsan, port_number);
     return;
   }
-  char name[100];
+  char name[100] = "";  // stays empty for an interface that the platform cannot name
   snprintf_if_index(name, sizeof name, answer.if_index.get());
   console("vsan %d portnumber %d is bound to interface %s\n", vsan, port_number, name);
 }
