@@ -160,6 +160,18 @@ TEST_CASE(
   }
 }
 
+TEST_CASE("the check drops a list that it cannot read before it tells so") {
+  ScriptedPlatform platform;
+  platform.enabled_vsans_parse_fails(0x40aa0044);
+  expect_change(platform).reply(tlvs().header_status(0));
+  CHECK(change(platform) == 0);
+  const auto calls = platform.calls({"mts_drop", "syserr2str"});
+  REQUIRE(calls.size() == 5);  // the check's request and reply, the text, the change's two
+  CHECK(calls[0].starts_with("mts_drop request"));
+  CHECK(calls[1].starts_with("mts_drop reply"));
+  CHECK(calls[2].starts_with("syserr2str"));
+}
+
 TEST_CASE("unlocked: a failed send is told, and no lock is freed") {
   ScriptedPlatform platform;
   platform.ficon_enabled_on({});
