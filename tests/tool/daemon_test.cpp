@@ -10,11 +10,41 @@ using namespace ficon::test;
 TEST_CASE("without a daemon no command claims success") {
   const ScratchDirectory directory;
   const Tool tool("unix:" + directory.path("socket"));
-  for (const char* command :
-       {"vsan list", "vsan show 20", "vsan enable 20", "vsan disable 20", "vsan disable 20 --yes",
-        "vsan set 20 auto-save=on", "vsan key-counter 20 --increment", "vsan codepage 20 37",
-        "vsan clock 20 --clear", "lock status 20", "lock get 20", "lock free 20", "lock reset 20",
-        "box status"}) {
+  for (const char* command : {"vsan list",
+                              "vsan show 20",
+                              "vsan enable 20",
+                              "vsan disable 20",
+                              "vsan disable 20 --yes",
+                              "vsan set 20 auto-save=on",
+                              "vsan key-counter 20 --increment",
+                              "vsan codepage 20 37",
+                              "vsan clock 20 --clear",
+                              "lock status 20",
+                              "lock get 20",
+                              "lock free 20",
+                              "lock reset 20",
+                              "box status",
+                              "pib show",
+                              "portmap show",
+                              "portmap show --module 1",
+                              "portmap show --logical",
+                              "portmap show --range 0-7",
+                              "portmap grid 1",
+                              "portmap svg 1",
+                              "port find --address 40",
+                              "port swap 0 1",
+                              "port swap 0 1 --dry-run",
+                              "port bind f1 --number none",
+                              "port bind f1 --if fc1/1",
+                              "portnumber show",
+                              "portnumber reserve --module 1 0-7",
+                              "portnumber release --logical",
+                              "portnumber assign fc1/1 none",
+                              "prohibit-default get",
+                              "prohibit-default set on",
+                              "acl get",
+                              "acl set on",
+                              "acl downgrade"}) {
     CAPTURE(std::string(command));
     const Result result = tool(command);
     CHECK(result.status == 1);

@@ -38,7 +38,7 @@ class Session {
                     Arguments&&... arguments) {
     const std::uint32_t status = function(requester(), handle(), word_a(), word_b(), wait(),
                                           std::forward<Arguments>(arguments)...);
-    return status == status::kSendFailed ? transport_error() : status;
+    return reason_of(status);
   }
 
   /** As `ask`, for what must succeed; throws a Failure that begins with `what` otherwise. */
@@ -50,7 +50,7 @@ class Session {
   }
 
   Failure failure(std::uint32_t status, const std::string& what) {
-    return failure_of(status, what, endpoint_name());
+    return failure_of(reason_of(status), what, endpoint_name());
   }
   /**
    * The transport's last error number: what stands behind a send that gave -1. Never 0, so that a
@@ -60,6 +60,10 @@ class Session {
   std::string endpoint_name() const;
 
  private:
+  std::uint32_t reason_of(std::uint32_t status) {
+    return status == status::kSendFailed ? transport_error() : status;
+  }
+
   const SessionOptions& options_;
   mts_handle_t handle_ = nullptr;
 };
