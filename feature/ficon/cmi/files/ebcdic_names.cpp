@@ -59,6 +59,20 @@ Status convert_name(ficon_convert_fn_t converter, std::uint32_t codepage, const 
   return status::kOk;
 }
 
+/** A field of `length` characters as ASCII; zeros where the converter refuses it. */
+Status field_to_ascii(std::uint32_t codepage, const std::uint8_t* field, std::uint32_t length,
+                      char* ascii_out) {
+  const ficon_convert_fn_t converter = ficon_get_convert_fn_ptr();
+  if (!has_converter(converter)) return status::kConversionFailed;
+  std::memset(ascii_out, 0, length);
+  Converted converted;
+  if (!convert_exactly(converter, field, length, codepage, wire::kAsciiCodeSet, &converted)) {
+    return status::kConversionFailed;
+  }
+  std::memcpy(ascii_out, converted.bytes, length);
+  return status::kOk;
+}
+
 /** Capital letters, digits, hyphen, underscore, blank. Lower case is refused: intended. */
 bool is_file_name_character(std::uint8_t c) {
   return (c >= 0xc1 && c <= 0xc9) || (c >= 0xd1 && c <= 0xd9) || (c >= 0xe2 && c <= 0xe9) ||
@@ -105,16 +119,7 @@ uint32_t validate_ebcidic_filedesc(const uint8_t* desc, int32_t length) {
 
 uint32_t convert_ebcdic_filename_to_ascii(uint32_t codepage, const uint8_t* ebcdic_name,
                                           char* ascii_out) {
-  const ficon_convert_fn_t converter = ficon_get_convert_fn_ptr();
-  if (!has_converter(converter)) return status::kConversionFailed;
-  std::memset(ascii_out, 0, kFileNameLength);
-  Converted converted;
-  if (!convert_exactly(converter, ebcdic_name, kFileNameLength, codepage, wire::kAsciiCodeSet,
-                       &converted)) {
-    return status::kConversionFailed;
-  }
-  std::memcpy(ascii_out, converted.bytes, kFileNameLength);
-  return status::kOk;
+  return field_to_ascii(codepage, ebcdic_name, kFileNameLength, ascii_out);
 }
 
 uint32_t convert_ascii_filename_to_ebcdic(uint32_t codepage, char* ascii_name,
@@ -135,15 +140,9 @@ uint32_t convert_ascii_filename_to_ebcdic(uint32_t codepage, char* ascii_name,
 
 uint32_t convert_ebcdic_portname_to_ascii(uint32_t codepage, const uint8_t* ebcdic_name,
                                           char* ascii_out, uint32_t port_address) {
-  const ficon_convert_fn_t converter = ficon_get_convert_fn_ptr();
-  if (!has_converter(converter)) return status::kConversionFailed;
-  std::memset(ascii_out, 0, kPortNameLength);
-  Converted converted;
-  if (!convert_exactly(converter, ebcdic_name, kPortNameLength, codepage, wire::kAsciiCodeSet,
-                       &converted)) {
-    return status::kConversionFailed;
+  if (const Status failed = field_to_ascii(codepage, ebcdic_name, kPortNameLength, ascii_out)) {
+    return failed;
   }
-  std::memcpy(ascii_out, converted.bytes, kPortNameLength);
   if (!replace_unprintables(ascii_out)) return status::kOk;
   if (port_address > kLargestPortAddress) return status::kPortAddressTooLarge;
   mark(ascii_out, port_address);

@@ -29,8 +29,10 @@ struct Range {
 struct PortInfoCall {
   Caller caller;
   std::uint32_t msgtype;
+  std::uint32_t query_flags;
   std::uint32_t* vsan;
   char* file_name;
+  const std::uint32_t* file_key;
   Range range;
   ficon_cmi_port_info_t** list;
   std::uint32_t* count;
@@ -76,11 +78,23 @@ std::uint32_t codepage_for(const PortInfoCall& call, std::uint32_t* found_vsan) 
 struct PortFamily {
   Status (*next_range)(Range*);
   bool takes_found_vsan;
+  decltype(&ficon_cmi_file_get_port_info_intf_nonblock) send;
   void (*report)(Status);
 };
 
-template <class Send>
-Status get_port_info(const PortInfoCall& call, const PortFamily& family, Send send) {
+constexpr PortFamily kByInterface{
+    next_interfaces, false, ficon_cmi_file_get_port_info_intf_nonblock, [](Status failure) {
+      trace("CMI_ERROR: %s(%d):ficon_cmi_file_get_port_info_intf_nonblock failed:%d\n",
+            "ficon_cmi_file_get_port_info_intf", __LINE__, static_cast<int>(failure));
+    }};
+
+constexpr PortFamily kByPortAddress{
+    next_port_addresses, true, ficon_cmi_file_get_port_info_portaddr_nonblock, [](Status failure) {
+      trace("CMI_ERROR: %s(%d):ficon_cmi_file_get_port_info_portaddr_nonblock failed:%d\n",
+            "ficon_cmi_file_get_port_info_portaddr", __LINE__, static_cast<int>(failure));
+    }};
+
+Status get_port_info(const PortInfoCall& call, const PortFamily& family) {
   const Caller& caller = call.caller;
   if (call.vsan == nullptr) return status::kNotEnabled;
   std::uint32_t type = 0;
@@ -112,7 +126,10 @@ Status get_port_info(const PortInfoCall& call, const PortFamily& family, Send se
   const Status result = exchange(
       caller,
       [&](mts_msg_ref_t* request) {
-        return send(installed_mode ? kGet : call.msgtype, range, codepage, request);
+        return family.send(caller.requester, caller.handle, caller.word_a, caller.word_b,
+                           caller.wait, installed_mode ? kGet : call.msgtype, call.query_flags,
+                           *call.vsan, call.file_name, call.file_key, range.start, range.end,
+                           kConvert, codepage, request);
       },
       family.report,
       [&](mts_msg_ref_t* reply) {
@@ -140,25 +157,16 @@ uint32_t ficon_cmi_file_get_port_info_intf(uint32_t requester, mts_handle_t hand
                                            char* file_name, const uint32_t* file_key,
                                            if_index_t start, if_index_t end,
                                            ficon_cmi_port_info_t** list, uint32_t* count) {
-  const auto send = [&](std::uint32_t type, Range range, std::uint32_t codepage,
-                        mts_msg_ref_t* request) {
-    return ficon_cmi_file_get_port_info_intf_nonblock(
-        requester, handle, word_a, word_b, wait, type, query_flags, *vsan, file_name, file_key,
-        range.start, range.end, kConvert, codepage, request);
-  };
-  const auto report = [](Status failure) {
-    trace("CMI_ERROR: %s(%d):ficon_cmi_file_get_port_info_intf_nonblock failed:%d\n",
-          "ficon_cmi_file_get_port_info_intf", __LINE__, static_cast<int>(failure));
-  };
-  const PortFamily family{next_interfaces, false, report};
   return get_port_info({{requester, handle, word_a, word_b, wait},
                         msgtype,
+                        query_flags,
                         vsan,
                         file_name,
+                        file_key,
                         {start, end},
                         list,
                         count},
-                       family, send);
+                       kByInterface);
 }
 
 uint32_t ficon_cmi_file_get_port_info_portaddr(uint32_t requester, mts_handle_t handle,
@@ -168,23 +176,14 @@ uint32_t ficon_cmi_file_get_port_info_portaddr(uint32_t requester, mts_handle_t 
                                                char* file_name, const uint32_t* file_key,
                                                uint32_t start, uint32_t end,
                                                ficon_cmi_port_info_t** list, uint32_t* count) {
-  const auto send = [&](std::uint32_t type, Range range, std::uint32_t codepage,
-                        mts_msg_ref_t* request) {
-    return ficon_cmi_file_get_port_info_portaddr_nonblock(
-        requester, handle, word_a, word_b, wait, type, query_flags, *vsan, file_name, file_key,
-        range.start, range.end, kConvert, codepage, request);
-  };
-  const auto report = [](Status failure) {
-    trace("CMI_ERROR: %s(%d):ficon_cmi_file_get_port_info_portaddr_nonblock failed:%d\n",
-          "ficon_cmi_file_get_port_info_portaddr", __LINE__, static_cast<int>(failure));
-  };
-  const PortFamily family{next_port_addresses, true, report};
   return get_port_info({{requester, handle, word_a, word_b, wait},
                         msgtype,
+                        query_flags,
                         vsan,
                         file_name,
+                        file_key,
                         {start, end},
                         list,
                         count},
-                       family, send);
+                       kByPortAddress);
 }

@@ -66,15 +66,23 @@ Status to_wire(const ficon_cmi_port_name_entry_t& entry, const FileChange& chang
   return status::kOk;
 }
 
-/** Adds what `fill(i, record)` makes of entry i, for each entry in order. */
+/** What the senders differ in besides their records. */
+struct Setting {
+  wire::FileOperation operation;
+  wire::TlvType entry;
+};
+
+/** Sends the request record and, behind it, what `fill(i, record)` makes of entry i, in order. */
 template <class Record, class Fill>
-Status add_entries(TlvWriter& tlvs, wire::TlvType type, std::uint32_t count, Fill fill) {
+Status send_entries(TlvWriter& tlvs, const FileChange& change, Setting setting, std::uint32_t count,
+                    Fill fill, mts_msg_ref_t* message) {
+  if (const Status refused = begin_change(tlvs, change, setting.operation)) return refused;
   for (std::uint32_t i = 0; i < count; ++i) {
     Record record{};
     if (const Status refused = fill(i, &record)) return refused;
-    if (const Status full = tlvs.add(type, record).status()) return full;
+    if (const Status full = tlvs.add(setting.entry, record).status()) return full;
   }
-  return status::kOk;
+  return tlvs.send(change.caller, wire::Opcode::kFileChange, message);
 }
 
 /** Room for `count` elements, or null: also where that many cannot be counted. */
@@ -99,18 +107,13 @@ uint32_t ficon_cmi_file_set_port_blocked_portaddr_nonblock(
                           convert == kConvert,
                           codepage};
   TlvArray<8096> tlvs;
-  if (const Status refused = begin_change(tlvs, change, wire::FileOperation::kPortBlocked)) {
-    return refused;
-  }
   const auto fill = [&](std::uint32_t i, wire::PortBlockedEntry* record) {
     *record = to_wire(entries[i]);
     return status::kOk;
   };
-  if (const Status refused =
-          add_entries<wire::PortBlockedEntry>(tlvs, wire::TlvType::kPortBlocked, count, fill)) {
-    return refused;
-  }
-  return tlvs.send(change.caller, wire::Opcode::kFileChange, msg);
+  return send_entries<wire::PortBlockedEntry>(
+      tlvs, change, {wire::FileOperation::kPortBlocked, wire::TlvType::kPortBlocked}, count, fill,
+      msg);
 }
 
 uint32_t ficon_cmi_file_set_port_name_portaddr_nonblock(uint32_t requester, mts_handle_t handle,
@@ -127,17 +130,11 @@ uint32_t ficon_cmi_file_set_port_name_portaddr_nonblock(uint32_t requester, mts_
                           convert == kConvert,
                           codepage};
   FileChangeTlvs tlvs;
-  if (const Status refused = begin_change(tlvs, change, wire::FileOperation::kPortName)) {
-    return refused;
-  }
   const auto fill = [&](std::uint32_t i, wire::PortNameEntry* record) {
     return to_wire(entries[i], change, record);
   };
-  if (const Status refused =
-          add_entries<wire::PortNameEntry>(tlvs, wire::TlvType::kPortName, count, fill)) {
-    return refused;
-  }
-  return tlvs.send(change.caller, wire::Opcode::kFileChange, msg);
+  return send_entries<wire::PortNameEntry>(
+      tlvs, change, {wire::FileOperation::kPortName, wire::TlvType::kPortName}, count, fill, msg);
 }
 
 uint32_t ficon_cmi_file_set_prohibit_bitset_nonblock(uint32_t requester, mts_handle_t handle,
@@ -166,18 +163,13 @@ uint32_t ficon_cmi_file_set_prohibit_bitset_nonblock(uint32_t requester, mts_han
   if (!buffer) return status::kNoMemory;
   __builtin_memset(buffer.get(), 0, capacity);
   TlvWriter tlvs(buffer.get(), capacity);
-  if (const Status refused = begin_change(tlvs, change, wire::FileOperation::kProhibitBitset)) {
-    return refused;
-  }
   const auto fill = [&](std::uint32_t i, wire::ProhibitEntry* record) {
     *record = to_wire(entries[i]);
     return status::kOk;
   };
-  if (const Status refused =
-          add_entries<wire::ProhibitEntry>(tlvs, wire::TlvType::kProhibitBitset, count, fill)) {
-    return refused;
-  }
-  return tlvs.send(change.caller, wire::Opcode::kFileChange, msg);
+  return send_entries<wire::ProhibitEntry>(
+      tlvs, change, {wire::FileOperation::kProhibitBitset, wire::TlvType::kProhibitBitset}, count,
+      fill, msg);
 }
 
 // The ranges: the same setting for consecutive port addresses. Their entries are tracked memory,
