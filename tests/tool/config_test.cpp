@@ -5,16 +5,14 @@
 #include <fstream>
 
 #include "chassis_daemon.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
 
 namespace {
 
-struct EmbeddedSwitch {
-  ScratchDirectory directory;
+struct Workbench : EmbeddedSwitch {
   ScratchDirectory files;
-  Tool tool{"embedded:" + directory.path()};
 
   Result apply(const std::string& text, const std::string& options = "") const {
     std::ofstream(files.path("lines")) << text;
@@ -37,7 +35,7 @@ constexpr const char* kSoAlready = "the running configuration is so already: not
 
 }  // namespace
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "every kind of line is applied and printed again") {
+TEST_CASE_FIXTURE(Workbench, "every kind of line is applied and printed again") {
   CHECK(running() == "! the running configuration is empty\n");
   CHECK(apply(running()).out == kSoAlready);
   REQUIRE(apply(kWhole).status == 0);
@@ -61,7 +59,7 @@ TEST_CASE("the same on a switch of one module, whose ports stand out of order") 
   CHECK(tool("config apply " + file).out == kSoAlready);
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "applying again changes nothing and says so") {
+TEST_CASE_FIXTURE(Workbench, "applying again changes nothing and says so") {
   REQUIRE(apply(kWhole).status == 0);
   const auto history = [&] { return tool("history show --json").out; };
   const std::string before = history();
@@ -70,7 +68,7 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "applying again changes nothing and says so") 
   CHECK(history() == before);
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "what is so by default is no change, though no text shows it") {
+TEST_CASE_FIXTURE(Workbench, "what is so by default is no change, though no text shows it") {
   CHECK(apply("ficon default mihpto 180\n"
               "ficon slot 1 assign port-numbers 0-47 force\n"
               "interface fc1/3\n  ficon portaddress 2\n")
@@ -80,14 +78,14 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "what is so by default is no change, though no
   CHECK(running() == "! the running configuration is empty\n");
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "a plan is shown and nothing done") {
+TEST_CASE_FIXTURE(Workbench, "a plan is shown and nothing done") {
   REQUIRE(apply("feature ficon\nficon vsan 10\n").status == 0);
   const Result plan = apply("feature ficon\nficon vsan 10\nficon vsan 0xb\n", "--dry-run");
   CHECK(plan.out == "would apply:\n  ficon vsan 11\n");
   CHECK(running() == "feature ficon\nficon vsan 10\n");
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "lines take effect in their own order, wherever they stand") {
+TEST_CASE_FIXTURE(Workbench, "lines take effect in their own order, wherever they stand") {
   CHECK(apply("logging level ficon 1\n"
               "interface fcip 3\n  ficon portnumber 240\n"
               "ficon slot 2 assign port-numbers 0-1\n"
@@ -104,7 +102,7 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "lines take effect in their own order, whereve
         "logging level ficon 1\n");
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "lines that cannot be are all named before anything is changed") {
+TEST_CASE_FIXTURE(Workbench, "lines that cannot be are all named before anything is changed") {
   const Result refused = apply(
       "ficon vsan 10\n"
       "ficon slot 4 assign port-numbers 1-3\n"
@@ -138,7 +136,7 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "lines that cannot be are all named before any
   CHECK(tool("config apply -").out == kSoAlready);  // of nothing
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "a logical number is not taken from its interface unasked") {
+TEST_CASE_FIXTURE(Workbench, "a logical number is not taken from its interface unasked") {
   REQUIRE(apply("interface fcip 3\n  ficon portnumber 240\n").status == 0);
   const Result refused = apply("interface port-channel 12\n  ficon portnumber 240\n");
   CHECK(contains(refused.err, "line 2: port number 240 belongs to fcip 3"));
@@ -153,7 +151,7 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "a logical number is not taken from its interf
         "interface fcip 3\n  ficon portnumber 0xf0\n");
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "text of some VSANs and interfaces") {
+TEST_CASE_FIXTURE(Workbench, "text of some VSANs and interfaces") {
   REQUIRE(apply(kWhole).status == 0);
   const std::string some = running("--vsan 1-20,4001 --interface fc1/4,fcip3");
   CHECK(contains(some, "ficon vsan 10\n"));
@@ -166,7 +164,7 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "text of some VSANs and interfaces") {
   CHECK(tool("config startup --interface nonsense").status == 2);
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "running and startup configuration, compared and saved") {
+TEST_CASE_FIXTURE(Workbench, "running and startup configuration, compared and saved") {
   const Result none = tool("config startup");
   CHECK(none.status == 1);
   CHECK(contains(none.err, "ficonctl config save"));
@@ -191,7 +189,7 @@ TEST_CASE_FIXTURE(EmbeddedSwitch, "running and startup configuration, compared a
   CHECK(tool("config startup").out == running());
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "a damaged startup configuration is reported") {
+TEST_CASE_FIXTURE(Workbench, "a damaged startup configuration is reported") {
   REQUIRE(apply(kWhole).status == 0);
   REQUIRE(tool("config save").status == 0);
   const std::string startup = directory.path("ficon.db.startup");
@@ -223,7 +221,7 @@ TEST_CASE("a slot is that of the chassis, whatever number its module has") {
   CHECK(tool("port find --if fc5/1 --json").json()["port-number"] == 32);
 }
 
-TEST_CASE_FIXTURE(EmbeddedSwitch, "the logging level, the units, the event history") {
+TEST_CASE_FIXTURE(Workbench, "the logging level, the units, the event history") {
   CHECK(tool("debug level 4").out == "the logging level is 4\n");
   CHECK(running() == "logging level ficon 4\n");
   for (const char* wrong : {"debug level 8", "debug level", "debug level x"}) {

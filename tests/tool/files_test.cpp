@@ -4,14 +4,13 @@
 #include <fstream>
 
 #include "client.h"
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
 
 namespace {
 
-struct Director {
+struct Director : EmbeddedSwitch {
   Director() { REQUIRE(tool("vsan enable 20").status == 0); }
 
   nlohmann::json files() { return tool("file list 20 --json").json(); }
@@ -23,9 +22,6 @@ struct Director {
     std::ofstream(path) << text;
     return path;
   }
-
-  ScratchDirectory directory;
-  Tool tool{"embedded:" + directory.path()};
 };
 
 }  // namespace

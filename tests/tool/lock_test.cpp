@@ -2,22 +2,9 @@
 #include <doctest/doctest.h>
 #include <signal.h>
 
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
-
-namespace {
-
-struct SharedSwitch {
-  SharedSwitch() { REQUIRE(tool("vsan enable 20").status == 0); }
-
-  ScratchDirectory directory;
-  DaemonProcess daemon{directory};
-  Tool tool{"unix:" + directory.path("socket")};
-};
-
-}  // namespace
 
 TEST_CASE_FIXTURE(SharedSwitch, "a lock that is held stops others, who are told by whom") {
   ToolProcess holder = tool.start("--requester agent lock get 20 --hold 60");

@@ -4,14 +4,13 @@
 #include <fstream>
 #include <sstream>
 
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
 
 namespace {
 
-struct Director {
+struct Director : EmbeddedSwitch {
   Director() {
     REQUIRE(tool("vsan enable 20").status == 0);
     REQUIRE(tool("file create 20 PROD").status == 0);
@@ -19,9 +18,6 @@ struct Director {
     REQUIRE(tool("port block 20 12 --file PROD").status == 0);
     REQUIRE(tool.run({"port", "name", "20", "11", "A<B & \"C\"", "--file", "PROD"}).status == 0);
   }
-
-  ScratchDirectory directory;
-  Tool tool{"embedded:" + directory.path()};
 };
 
 /** Whether every element ends where it began, and no text holds a bare `<` or `&`. */

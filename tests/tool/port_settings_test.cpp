@@ -1,14 +1,13 @@
 /** `ficonctl port block`, `unblock`, `name`, `prohibit` and `allow`. */
 #include <doctest/doctest.h>
 
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
 
 namespace {
 
-struct Director {
+struct Director : EmbeddedSwitch {
   Director() {
     REQUIRE(tool("vsan enable 20").status == 0);
     REQUIRE(tool("file create 20 PROD").status == 0);
@@ -18,9 +17,6 @@ struct Director {
   nlohmann::json settings(const std::string& file = "PROD") {
     return tool("file export 20 " + file).json()["ports"];
   }
-
-  ScratchDirectory directory;
-  Tool tool{"embedded:" + directory.path()};
 };
 
 }  // namespace

@@ -2,19 +2,9 @@
 
 #include <filesystem>
 
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
-
-namespace {
-
-struct EmbeddedSwitch {
-  ScratchDirectory directory;
-  Tool tool{"embedded:" + directory.path()};
-};
-
-}  // namespace
 
 TEST_CASE_FIXTURE(EmbeddedSwitch,
                   "the port map is shown by port number, module and logical ports") {

@@ -2,8 +2,7 @@
  */
 #include <doctest/doctest.h>
 
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
 
@@ -89,9 +88,8 @@ constexpr Wrong kWrong[] = {
 
 }  // namespace
 
-TEST_CASE("whatever is wrong has its exit status, a sentence and what to try") {
-  const ScratchDirectory directory;
-  const Tool tool("embedded:" + directory.path());
+TEST_CASE_FIXTURE(EmbeddedSwitch,
+                  "whatever is wrong has its exit status, a sentence and what to try") {
   REQUIRE(tool("vsan enable 20").status == 0);
   REQUIRE(tool("file create 20 prod").status == 0);
   for (const Wrong& wrong : kWrong) {

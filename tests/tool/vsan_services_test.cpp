@@ -6,19 +6,11 @@
 #include <iterator>
 
 #include "chassis_daemon.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
 
 namespace {
-
-struct SharedSwitch {
-  SharedSwitch() { REQUIRE(tool("vsan enable 20").status == 0); }
-
-  ScratchDirectory directory;
-  DaemonProcess daemon{directory};
-  Tool tool{"unix:" + directory.path("socket")};
-};
 
 std::string contents(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

@@ -1,19 +1,9 @@
 /** `ficonctl vsan` against the emulator inside the tool itself. */
 #include <doctest/doctest.h>
 
-#include "daemon_process.h"
-#include "tool_process.h"
+#include "switches.h"
 
 using namespace ficon::test;
-
-namespace {
-
-struct EmbeddedSwitch {
-  ScratchDirectory directory;
-  Tool tool{"embedded:" + directory.path()};
-};
-
-}  // namespace
 
 TEST_CASE_FIXTURE(EmbeddedSwitch, "FICON on, settings changed and read back by later runs") {
   CHECK(contains(tool("vsan list").out, "FICON is enabled on no VSAN"));
