@@ -21,10 +21,7 @@ bool faces_devices(const platform::Port& port) {
 
 std::string ranges_text(const std::vector<PortNumberRange>& ranges) {
   std::string text;
-  for (const PortNumberRange& range : ranges) {
-    text += ' ' + std::to_string(range.first);
-    if (range.last != range.first) text += '-' + std::to_string(range.last);
-  }
+  for (const PortNumberRange& range : ranges) text += ' ' + text_of(range);
   return text;
 }
 

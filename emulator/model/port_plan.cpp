@@ -15,11 +15,12 @@ std::string text_of(std::uint32_t number) {
   return std::to_string(number);
 }
 
-std::string text_of(const PortNumberRange& range) {
-  return text_of(range.first) + "-" + text_of(range.last);
-}
-
 }  // namespace
+
+std::string text_of(const PortNumberRange& range) {
+  const std::string first = text_of(range.first);
+  return range.first == range.last ? first : first + "-" + text_of(range.last);
+}
 
 std::string name_of(NumberOwner owner) {
   return owner == kLogicalPorts ? "the logical ports" : "module " + text_of(owner);

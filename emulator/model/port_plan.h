@@ -117,6 +117,8 @@ class PortPlan {
   std::map<PortNumber, if_index_t> logical_;  // numbers of the logical ports with an interface
 };
 
+/** "16-20", "18". */
+std::string text_of(const PortNumberRange& range);
 /** "module 3", "the logical ports". */
 std::string name_of(NumberOwner owner);
 

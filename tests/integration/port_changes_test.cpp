@@ -174,7 +174,7 @@ TEST_CASE_FIXTURE(Director, "A refused reservation says which number collides wi
              1,
              {16, 20, 18, 18},
              FcdStatus::kBadPortNumberRange,
-             "port number 18 stands in two ranges, 16-20 and 18-18"},
+             "port number 18 stands in two ranges, 16-20 and 18"},
         Case{kReserve,
              1,
              {20, 16},
