@@ -3,12 +3,12 @@
 #include <doctest/doctest.h>
 #include <platform/memory_tracker.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <map>
 
 #include "double/format.h"
+#include "emulator/child.h"
 
 namespace ficon::test {
 
@@ -18,16 +18,11 @@ Tracker& tracker() {
 }
 
 bool in_own_process(void (*test)()) {
-  const pid_t child = fork();
+  const pid_t child = start_child([&] {
+    test();
+    return true;
+  });
   REQUIRE(child >= 0);
-  if (child == 0) {
-    try {
-      test();
-    } catch (...) {
-      _exit(1);  // the failure was reported where it happened
-    }
-    _exit(0);
-  }
   int status = 0;
   waitpid(child, &status, 0);
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;

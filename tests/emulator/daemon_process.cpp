@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "child.h"
 #include "client.h"
 
 namespace ficon::test {
@@ -32,14 +33,18 @@ DaemonProcess::DaemonProcess(const ScratchDirectory& directory, std::vector<std:
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   const std::string log = directory.path("log");
-  pid_ = fork();
-  if (pid_ == 0) {
+  pid_ = start_child([&] {
     const int fd = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     dup2(fd, 2);
     execv(FCD_EMULATOR, arguments.data());
-    _exit(127);
-  }
-  for (int i = 0; i < 2000; ++i) {
+    return false;
+  });
+  wait_for_socket();
+}
+
+void DaemonProcess::wait_for_socket() {
+  constexpr int kTries = 12'000;  // a minute: a large store on a busy machine takes many seconds
+  for (int i = 0; i < kTries; ++i) {
     if (Client(socket_).connected()) return;
     if (waitpid(pid_, nullptr, WNOHANG) == pid_) {
       pid_ = -1;
@@ -47,6 +52,8 @@ DaemonProcess::DaemonProcess(const ScratchDirectory& directory, std::vector<std:
     }
     usleep(5000);
   }
+  signal(SIGKILL);
+  wait();
 }
 
 DaemonProcess::~DaemonProcess() {

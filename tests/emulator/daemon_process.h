@@ -22,7 +22,8 @@ class ScratchDirectory {
 
 class DaemonProcess {
  public:
-  /** Starts it on `directory` and waits until it listens or ends. */
+  /** Starts it on `directory` and waits until it listens or ends; it is killed if it does neither.
+   */
   explicit DaemonProcess(const ScratchDirectory& directory, std::vector<std::string> options = {});
   ~DaemonProcess();
 
@@ -34,6 +35,8 @@ class DaemonProcess {
   int wait();
 
  private:
+  void wait_for_socket();
+
   std::string socket_;
   pid_t pid_ = -1;
 };

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <memory>
 
+#include "child.h"
 #include "client.h"
 #include "daemon_process.h"
 #include "server/embedded.h"
@@ -154,12 +155,11 @@ TEST_CASE("A peer of another user is refused") {
   DaemonProcess daemon(directory);
   chmod(directory.path().c_str(), 0755);
   chmod(daemon.socket().c_str(), 0666);
-  const pid_t child = fork();
-  if (child == 0) {
-    if (setuid(65534) != 0) _exit(2);
+  const pid_t child = start_child([&] {
+    if (setuid(65534) != 0) return false;
     Client client(daemon.socket());
-    _exit(client.connected() && client.call(1, {}, 200).has_value() ? 1 : 0);
-  }
+    return !client.connected() || !client.call(1, {}, 200).has_value();
+  });
   int status = 0;
   waitpid(child, &status, 0);
   CHECK(WEXITSTATUS(status) == 0);

@@ -3,11 +3,11 @@
 
 #include <signal.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <functional>
 #include <string>
 
+#include "child.h"
 #include "transport/endpoint.h"
 
 namespace ficon::test {
@@ -32,9 +32,7 @@ class Connected {
 /** Runs `work` in a process of its own. */
 class Process {
  public:
-  explicit Process(const std::function<bool()>& work) : pid_(fork()) {
-    if (pid_ == 0) _exit(work() ? 0 : 1);
-  }
+  explicit Process(const std::function<bool()>& work) : pid_(start_child(work)) {}
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
   ~Process() {

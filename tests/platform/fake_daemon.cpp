@@ -2,6 +2,7 @@
 
 #include <doctest/doctest.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -9,6 +10,15 @@
 #include <cstring>
 
 namespace ficon::test {
+namespace {
+
+/** A client that never comes, or says nothing, ends the test instead of stopping it for ever. */
+void limit_waits(int fd) {
+  const timeval patience{20, 0};
+  REQUIRE(setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience) == 0);
+}
+
+}  // namespace
 
 Bytes hex(const std::string& digits) {
   Bytes bytes;
@@ -55,6 +65,7 @@ void FakeDaemon::listen() {
   listener_ = socket(AF_UNIX, SOCK_SEQPACKET, 0);
   REQUIRE(bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0);
   REQUIRE(::listen(listener_, 4) == 0);
+  limit_waits(listener_);
 }
 
 void FakeDaemon::die() {
@@ -68,6 +79,7 @@ void FakeDaemon::accept() {
   if (peer_ >= 0) close(peer_);
   peer_ = ::accept(listener_, nullptr, nullptr);
   REQUIRE(peer_ >= 0);
+  limit_waits(peer_);
 }
 
 Bytes FakeDaemon::receive() {

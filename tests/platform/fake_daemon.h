@@ -32,7 +32,7 @@ class FakeDaemon {
   void die();
   void accept();
 
-  /** The next packet of the client; empty when it has closed. */
+  /** The next packet of the client; empty when it has closed or says nothing for long. */
   Bytes receive();
   void send(const Bytes& packet);
   void reply(std::uint32_t token, const Bytes& payload) {

@@ -212,6 +212,7 @@ TEST_CASE("transport: 1 MiB goes through in frames, both ways") {
     daemon.accept();
     for (; arrived.size() < message.size(); ++frames) {
       const Bytes frame = daemon.receive();
+      REQUIRE(frame.size() > 32);
       CHECK(Bytes(frame.begin() + 24, frame.begin() + 28) == hex("00100000"));
       arrived.insert(arrived.end(), frame.begin() + 32, frame.end());
     }

@@ -9,6 +9,7 @@
 
 #include <map>
 
+#include "child.h"
 #include "fake_daemon.h"
 
 using namespace ficon::test;
@@ -18,11 +19,11 @@ namespace {
 constexpr long kMarker = SYS_getppid;  // called where counting begins and ends
 constexpr int kCalls = 10;
 
-[[noreturn]] void answer(FakeDaemon& daemon) {
+bool answer(FakeDaemon& daemon) {
   daemon.accept();
   for (;;) {
     const Bytes request = daemon.receive();
-    if (request.size() < 32) _exit(0);
+    if (request.size() < 32) return true;
     daemon.reply(static_cast<std::uint32_t>(request[11]), hex("0102030405060708"));
   }
 }
@@ -39,7 +40,7 @@ bool call(mts_handle_t handle, std::uint32_t wait) {
   return mts_drop(handle, &reply) == 0;
 }
 
-[[noreturn]] void make_calls(const std::string& endpoint, std::uint32_t wait) {
+bool make_calls(const std::string& endpoint, std::uint32_t wait) {
   Handle handle(endpoint);
   bool good = call(handle, wait) && call(handle, wait);
   ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
@@ -47,7 +48,7 @@ bool call(mts_handle_t handle, std::uint32_t wait) {
   syscall(kMarker);
   for (int i = 0; i < kCalls; ++i) good = good && call(handle, wait);
   syscall(kMarker);
-  _exit(good ? 0 : 1);
+  return good;
 }
 
 /** System calls between the two markers, by number. */
@@ -86,10 +87,8 @@ TEST_CASE("transport: a warm call is one send and one receive, with a wait and w
     CAPTURE(wait);
     FakeDaemon daemon;
     daemon.listen();
-    const pid_t daemon_process = fork();
-    if (daemon_process == 0) answer(daemon);
-    const pid_t child = fork();
-    if (child == 0) make_calls(daemon.endpoint(), wait);
+    const pid_t daemon_process = start_child([&] { return answer(daemon); });
+    const pid_t child = start_child([&] { return make_calls(daemon.endpoint(), wait); });
     std::map<long, int> calls = trace(child);
     kill(daemon_process, SIGKILL);
     waitpid(daemon_process, nullptr, 0);

@@ -20,6 +20,7 @@
 #include <random>
 #include <vector>
 
+#include "child.h"
 #include "clients.h"
 #include "daemon_process.h"
 
@@ -94,12 +95,10 @@ class Soak {
   }
   template <class Client>
   void start(Client client) {
-    const pid_t pid = fork();
-    if (pid == 0) {
+    clients_.push_back(ficon::test::start_child([&] {
       client();
-      _exit(0);
-    }
-    clients_.push_back(pid);
+      return true;
+    }));
   }
   void start_clients() {
     const std::string where = endpoint();

@@ -10,6 +10,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "child.h"
+
 namespace ficon::test {
 namespace {
 
@@ -46,8 +48,9 @@ void read_both(int out, int err, Result& result) {
   }
 }
 
-[[noreturn]] void become_tool(const std::string& endpoint, std::vector<std::string> words,
-                              const std::array<int, 2>& out, const std::array<int, 2>& err) {
+/** @return only if there is no such program */
+bool become_tool(const std::string& endpoint, std::vector<std::string> words,
+                 const std::array<int, 2>& out, const std::array<int, 2>& err) {
   setenv("FICON_ENDPOINT", endpoint.c_str(), 1);
   words.insert(words.begin(), FICONCTL);
   std::vector<char*> arguments;
@@ -57,7 +60,7 @@ void read_both(int out, int err, Result& result) {
   dup2(out[1], STDOUT_FILENO);
   dup2(err[1], STDERR_FILENO);
   execv(FICONCTL, arguments.data());
-  _exit(127);
+  return false;
 }
 
 }  // namespace
@@ -65,8 +68,7 @@ void read_both(int out, int err, Result& result) {
 ToolProcess::ToolProcess(const std::string& endpoint, const std::vector<std::string>& words) {
   const auto out = make_pipe();
   const auto err = make_pipe();
-  pid_ = fork();
-  if (pid_ == 0) become_tool(endpoint, words, out, err);
+  pid_ = start_child([&] { return become_tool(endpoint, words, out, err); });
   close(out[1]);
   close(err[1]);
   out_ = out[0];
