@@ -36,14 +36,6 @@ void edit_and_wait(const std::string& socket, int ready) {
   pause();
 }
 
-bool comes_true(const std::function<bool()>& condition) {
-  for (int i = 0; i < 2000; ++i) {
-    if (condition()) return true;
-    usleep(5000);
-  }
-  return false;
-}
-
 }  // namespace
 
 TEST_CASE_FIXTURE(Director, "Two editors of a file: the second is refused, and told who holds it") {

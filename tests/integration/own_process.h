@@ -1,8 +1,9 @@
-/** Clients in processes of their own. */
+/** Clients in processes of their own, and what they bring about. */
 #pragma once
 
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <functional>
 #include <string>
@@ -62,5 +63,14 @@ class Process {
   pid_t pid_;
   bool ok_ = false;
 };
+
+/** Waits for it, twenty seconds at most. */
+inline bool comes_true(const std::function<bool()>& condition) {
+  for (int i = 0; i < 10'000; ++i) {
+    if (condition()) return true;
+    usleep(2000);
+  }
+  return false;
+}
 
 }  // namespace ficon::test
