@@ -112,6 +112,9 @@ TEST_CASE("port numbers: the logical ports, removed ones in front of the assigne
 }
 
 TEST_CASE("port numbers: removed ones are counted, and only those below 256 are") {
+  CHECK(logical_lines({0, 1, 255}, {5}) ==
+        "[2] no ficon logical-port assign port-numbers 0-1, 255\n"
+        "[2] ficon logical-port assign port-numbers 5 force\n");
   CHECK(logical_lines({9, 9, 9, 4}, {9}) ==
         "[2] no ficon logical-port assign port-numbers 4, 9, 9\n"
         "[2] ficon logical-port assign port-numbers 9 force\n");

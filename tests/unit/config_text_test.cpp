@@ -87,7 +87,7 @@ TEST_CASE("configuration text: without feature and VSANs, interfaces and logging
 
 TEST_CASE("configuration text: prohibit-all with a VSAN, though no feature; no time-out then") {
   ConfigTextWorld world;
-  world.word(36, 1).word(38, 200);
+  world.word(36, 0x01000000).word(38, 200);
   world.config[vsan_key(0, 10)] = host32(1);
   CHECK(world.startup() ==
         "[1] ficon vsan 10\n"
@@ -113,9 +113,11 @@ TEST_CASE("configuration text: a VSAN beyond the bitmap has no line, but is one"
   world.word(36, 1);
   world.config[vsan_key(0x10, 0x00)] = {};
   CHECK(world.startup() == "[1] ficon port default-state prohibit-all\n");
+  world.config[vsan_key(0, 0)] = {};
   world.config[vsan_key(0x0f, 0xff)] = {};
   world.config[vsan_key(0xff, 0xff)] = {};
   CHECK(world.startup() ==
+        "[1] ficon vsan 0\n"
         "[1] ficon vsan 4095\n"
         "[1] ficon port default-state prohibit-all\n");
 }
@@ -156,6 +158,19 @@ TEST_CASE("configuration text: keys of another length and types of others are pa
   world.config[saved_key(34)] = host32(1);
   world.config[saved_key(37)] = host32(1);
   CHECK(world.startup().empty());
+  world.with_feature();
+  CHECK(world.startup() == "[3] feature ficon\n");
+}
+
+TEST_CASE("configuration text: a walk asks for the first record, and then for each next one") {
+  ConfigTextWorld world;
+  world.config[vsan_key(0, 1)] = {};
+  world.config[vsan_key(0, 2)] = {};
+  world.startup();
+  CHECK(world.platform.lines({"pss_move2location"}) ==
+        "pss_move2location * 1 *\n"
+        "pss_move2location * 3 *\n"
+        "pss_move2location * 3 *\n");
 }
 
 TEST_CASE("configuration text: a flag shorter than a word is not set, of a longer one the first") {
@@ -222,6 +237,22 @@ TEST_CASE("configuration text: interfaces by their type") {
         "[4 0x1000007+1] ficon portaddress 0x31\n"
         "[4 0x4000001+1] ficon portnumber 0x105\n"
         "[4 0xa000001+1] ficon portnumber 0\n");
+}
+
+TEST_CASE("configuration text: a list of interfaces that is not one gives no line") {
+  for (const bool failed : {true, false}) {
+    CAPTURE(failed);
+    ConfigTextWorld world;
+    world.interfaces = {0x04000001};
+    world.positions = {{0x04000001, 0}};
+    world.platform.on.acfg_req_ifindex_list_get = [&](acfg_ctx_t, std::uint32_t* count,
+                                                      if_index_t** list) {
+      *count = 1;
+      *list = failed ? handed_out(world.interfaces) : nullptr;
+      return failed ? 1U : 0U;
+    };
+    CHECK(world.startup().empty());
+  }
 }
 
 TEST_CASE("configuration text: an interface without type is passed by") {

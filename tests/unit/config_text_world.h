@@ -165,6 +165,7 @@ struct ConfigTextWorld {
     };
     on.ficon_get_default_pn = [this](std::uint32_t slot, std::uint32_t logical,
                                      std::uint16_t* defaults) {
+      CHECK((logical == 0 || slot == 0));
       const auto& numbers = logical != 0 ? logical_defaults : slot_defaults.at(slot);
       std::copy(numbers.begin(), numbers.end(), defaults);
       return 0U;

@@ -79,6 +79,22 @@ TEST_CASE("list of units: a length and a name in EBCDIC, padded with its blank")
   }
 }
 
+TEST_CASE("list of units: every name, cut to seven characters") {
+  const std::string names[] = {
+      "",        "SLOT",    "CHASSIS", "BACKPLN", "CLOCK",   "POWER",   "FAN",     "CTLPROC",
+      "CTLPROC", "XBAR-A",  "XBAR-B",  "FC16-2G", "FC32-2G", "IPS8",    "IPS4",    "CACHE",
+      "SERVICE", "FC12-4G", "FC24-4G", "FC48-4G", "FC4-10G", "MULTI18", "FC24-8G", "FC48-8G",
+      "FC32-8G", "ENCRYPT", "FC32-16", "FC48-16", "FC48-32", "FABRIC",  "FC64-64", "SLOT"};
+  const Bytes list = fru_list(unchanged);
+  for (std::size_t number = 1; number < 32; ++number) {
+    CAPTURE(number);
+    Bytes expected{static_cast<std::uint8_t>(names[number].size())};
+    expected.insert(expected.end(), names[number].begin(), names[number].end());
+    expected.resize(8, 0x40);
+    CHECK(row(list, number) == expected);
+  }
+}
+
 TEST_CASE("list of units: 31 conversions from ASCII to code page 37") {
   ScriptedPlatform platform;
   play_converter(platform, ebcdic);

@@ -14,10 +14,14 @@ namespace {
 using Numbers = std::vector<std::uint16_t>;
 
 std::string words(const Numbers& numbers) {
-  char text[kRangesText];
-  std::memset(text, 0x77, sizeof text);
-  format(compress(numbers.data(), static_cast<std::uint32_t>(numbers.size())), text);
-  return text;
+  struct {
+    char text[kRangesText];
+    char behind[kRangesText];
+  } room;
+  std::memset(&room, 0x77, sizeof room);
+  format(compress(numbers.data(), static_cast<std::uint32_t>(numbers.size())), room.text);
+  for (const char c : room.behind) REQUIRE(c == 0x77);
+  return room.text;
 }
 
 std::string sevens(std::size_t count) {
