@@ -179,6 +179,30 @@ TEST_CASE("port map: logical ports are looked up by the low byte of their number
   CHECK(world.platform.finished());
 }
 
+TEST_CASE("port map: without the map of interfaces no logical port has one") {
+  PortMapWorld world(127);
+  world.platform.expect_send(7856).reply(answer(port_rows(36)));
+  Entries entries;
+  std::uint32_t count = 0;
+  CHECK(get(world, 1, 0, 1, entries, count) == 0);
+  CHECK(world.platform.count("ficon_pmap_get_pn_to_phyif") == 36);
+  CHECK(entries.interface(1) == 0xeeeeeeee);
+  CHECK(world.asked.empty());
+  CHECK(world.platform.finished());
+}
+
+TEST_CASE("port map: without the port records every number and address reads as zero") {
+  PortMapWorld world(127);
+  world.platform.expect_send(7856).reply(tlvs().add(27, world.interface_map({{0, 0x04000001}})));
+  Entries entries;
+  std::uint32_t count = 0;
+  CHECK(get(world, 1, 0, 1, entries, count) == 0);
+  CHECK(entries.number(35) == 0);
+  CHECK(entries.address(35) == 0);
+  CHECK(entries.interface(35) == 0x04000001);
+  CHECK(world.platform.finished());
+}
+
 TEST_CASE("port map: without any interface nobody else is asked") {
   PortMapWorld world;
   world.module_ports = 0;

@@ -86,18 +86,21 @@ TEST_CASE("full map: a port counts when its look-up succeeds with an interface")
 }
 
 TEST_CASE("full map: ports beyond the largest number keep all but their state") {
-  PortMapWorld world(9);
-  world.platform.expect_send(7856).reply(
-      tlvs().add(26, address_map(10, {{9, 9}})).add(27, world.interface_map({{9, 0x99}})));
-  Entries entries(4);
-  CHECK(get(world, 9, 12, entries) == 0);
-  CHECK(entries.interface(0) == 0x99);
-  for (std::size_t i = 1; i < 4; ++i) {
-    CHECK(entries.state(i) == 5);
-    CHECK(entries.address(i) == kOld);
-    CHECK(entries.interface(i) == 0xeeeeeeee);
+  for (const std::uint32_t last : {10U, 12U}) {
+    PortMapWorld world(9);
+    world.platform.expect_send(7856).reply(
+        tlvs().add(26, address_map(10, {{9, 9}})).add(27, world.interface_map({{9, 0x99}})));
+    Entries entries(4);
+    CHECK(get(world, 9, last, entries) == 0);
+    CHECK(entries.interface(0) == 0x99);
+    for (std::size_t i = 1; i <= last - 9; ++i) {
+      CHECK(entries.state(i) == 5);
+      CHECK(entries.address(i) == kOld);
+      CHECK(entries.interface(i) == 0xeeeeeeee);
+    }
+    CHECK(world.asked == std::vector<std::uint32_t>{0x99});
+    CHECK(world.platform.finished());
   }
-  CHECK(world.platform.finished());
 }
 
 TEST_CASE("full map: the first of two ports with one interface gets its state") {
