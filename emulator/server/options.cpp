@@ -10,6 +10,12 @@
 namespace ficon::emulator {
 namespace {
 
+/** What was wrong with the words, from whom, and where to read on. */
+std::string usage_text(const CLI::App*, const CLI::Error& error) {
+  return "fcd-emulator: " + std::string(error.what()) +
+         "\nRun fcd-emulator --help for the options and their values.\n";
+}
+
 /** A user by name or number. */
 unsigned user_id(const std::string& user) {
   unsigned id = 0;
@@ -49,6 +55,7 @@ Options parse_options(int argc, char** argv) {
                                                {"info", LogLevel::kInfo},
                                                {"debug", LogLevel::kDebug}};
   std::string level = "info";
+  app.failure_message(usage_text);
   app.set_version_flag("--version", "fcd-emulator " FICON_VERSION);
   app.add_option("--socket", options.socket, "path of the socket to listen on")->required();
   app.add_option("--store", options.store, "SQLite file, or directory for it")->required();
