@@ -29,13 +29,14 @@ class Touched {
   /** What is stored at the end of the turn becomes the startup configuration too. */
   void startup() {
     ++marks_;
-    startup_ = true;
+    ++startups_;
   }
 
-  bool any() const { return !objects_.empty() || !erased_.empty() || startup_; }
-  bool saves_startup() const { return startup_; }
+  bool any() const { return !objects_.empty() || !erased_.empty() || startups_ != 0; }
+  /** How often it was asked for in this turn. */
+  std::size_t startups() const { return startups_; }
   void clear() {
-    startup_ = false;
+    startups_ = 0;
     objects_.clear();
     erased_.clear();
   }
@@ -46,7 +47,7 @@ class Touched {
 
  private:
   std::uint64_t marks_ = 0;
-  bool startup_ = false;
+  std::size_t startups_ = 0;
   std::set<std::string> objects_;
   std::set<std::string> erased_;
 };

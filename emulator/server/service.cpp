@@ -33,7 +33,7 @@ void Service::load() {
 }
 
 void Service::apply(ConnectionId from, Message request) {
-  turn_.push_back({from, std::move(request), nullptr, false, std::nullopt});
+  turn_.push_back({from, std::move(request), nullptr, false, false, std::nullopt});
   run(turn_.back());
 }
 
@@ -48,8 +48,10 @@ void Service::run(Applied& applied) {
     return;
   }
   const std::uint64_t marks = model_->touched.marks();
+  const std::size_t startups = model_->touched.startups();
   Answer answer = applied.route->handle(request, *model_);
   applied.changed_model = model_->touched.marks() != marks;
+  applied.saves_startup = model_->touched.startups() != startups;
   FcdStatus status = FcdStatus::kDone;
   if (const auto* malformed = std::get_if<Malformed>(&answer)) {
     log_.complaint(describe(applied.from, message, malformed->reason));
@@ -75,6 +77,7 @@ std::vector<Service::Reply> Service::finish_turn() {
   if (model_->touched.any()) {
     try {
       store_.commit(*model_);
+      if (model_->touched.startups() != 0) save_startup();
       model_->touched.clear();
     } catch (const StoreError& error) {
       log_.error(std::string("the store takes no changes: ") + error.what());
@@ -101,6 +104,18 @@ void Service::reload() {
 
 void Service::refuse_for_store(Applied& applied) {
   applied.reply = applied.route->status_reply(applied.request.payload, FcdStatus::kStoreFailed);
+}
+
+/** Of what is stored by now: if it fails, that stays, and only whoever asked is refused. */
+void Service::save_startup() {
+  try {
+    store_.save_startup();
+  } catch (const StoreError& error) {
+    log_.error(std::string("no startup configuration was saved: ") + error.what());
+    for (Applied& applied : turn_) {
+      if (applied.saves_startup) refuse_for_store(applied);
+    }
+  }
 }
 
 /** Back to what is stored: changes are refused, and whoever only looked looks again. */

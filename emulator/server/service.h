@@ -40,6 +40,7 @@ class Service {
     Message request;
     const Route* route;
     bool changed_model;
+    bool saves_startup;
     std::optional<Bytes> reply;
   };
 
@@ -48,6 +49,7 @@ class Service {
   void reload();
   void refuse_for_store(Applied& applied);
   void take_back_turn();
+  void save_startup();
 
   SwitchOptions options_;
   Log& log_;

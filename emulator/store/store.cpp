@@ -120,10 +120,8 @@ void Store::commit(const Switch& model) {
     if (sqlite3_get_autocommit(database_.get()) == 0) database_.run("ROLLBACK");
     throw;
   }
-  if (model.touched.saves_startup()) save_startup();
 }
 
-/** A copy beside the store, in place whole or not at all. */
 void Store::save_startup() {
   const std::string target = platform::startup_store(path_);
   const std::string fresh = target + ".new";

@@ -41,13 +41,15 @@ class Store {
   /** Writes what was touched, all or nothing, and durably. Throws StoreError. */
   void commit(const Switch& model);
 
+  /** Copies what is stored to beside the store, in place whole or not at all. Throws StoreError. */
+  void save_startup();
+
   const std::string& path() const { return path_; }
 
  private:
   struct Statements;
 
   void prepare_schema();
-  void save_startup();
   void erase_below(const std::string& path);
   void save_object(const Switch& model, const std::string& name, SavedRecords& records);
   void write_records(const SavedRecords& records);

@@ -176,6 +176,15 @@ TEST_CASE_FIXTURE(Served,
   const std::string in_the_way = startup + "/directory";
   std::filesystem::create_directories(in_the_way);
   CHECK(save() == 0x40890009);
+  call(1, hex("66 69 63 6f 6e") + zeros(27), 201);
+  REQUIRE(host32_at(call(7853, ficon_state(20, 1, 1)), 120) == 0);
+  service.apply(1, {8, 0xfe000000, 101, 7865, vsan_config(1, 5, 20, 12, {1})});
+  service.apply(2, {9, 0xfe000000, 204, 2, {}});
+  const auto replies = service.finish_turn();  // one is refused, the other stored
+  REQUIRE(replies.size() == 2);
+  CHECK(tlv_status(replies[0].message.payload) == 0);
+  CHECK(be32_at(replies[1].message.payload, 0) == 0x40890009);
+  CHECK(call(7855, vsan_info(1, 20))[140 + 12] == 1);
   std::filesystem::remove_all(startup);
   CHECK(save() == 0);
 }
