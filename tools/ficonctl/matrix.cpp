@@ -16,13 +16,26 @@ struct MatrixArguments {
   std::string output;
 };
 
-enum class Cell : char {
-  kItself = '\\',
-  kFree = '.',
-  kProhibited = 'X',
-  kBlocked = '#',
-  kNotInstalled = '-',
+enum class Cell : std::uint8_t { kFree, kProhibited, kBlocked, kNotInstalled, kItself };
+
+/** How a cell is shown: in the terminal, and in the picture. */
+struct Look {
+  const char* name;
+  char symbol;
+  const char* ansi;
+  const char* fill;
 };
+
+const Look& look_of(Cell cell) {
+  static constexpr Look kLooks[] = {
+      {"free", '.', "", "#ffffff"},
+      {"prohibited", 'X', "\033[31m", "#e8958c"},
+      {"blocked", '#', "\033[33m", "#f0b429"},
+      {"not installed", '-', "\033[2m", "#eef0f3"},
+      {"the port itself", '\\', "\033[2m", "#d0d4da"},
+  };
+  return kLooks[static_cast<std::size_t>(cell)];
+}
 
 Cell cell(const PortTable& ports, std::uint32_t row, std::uint32_t column) {
   if (row == column) return Cell::kItself;
@@ -55,39 +68,13 @@ std::string label(std::uint32_t address, const Port& port) {
   return text;
 }
 
-const char* state_name(Cell cell) {
-  switch (cell) {
-    case Cell::kItself:
-      return "the port itself";
-    case Cell::kFree:
-      return "free";
-    case Cell::kProhibited:
-      return "prohibited";
-    case Cell::kBlocked:
-      return "blocked";
-    case Cell::kNotInstalled:
-      break;
-  }
-  return "not installed";
-}
-
 constexpr Cell kLegend[] = {Cell::kFree, Cell::kProhibited, Cell::kBlocked, Cell::kNotInstalled,
                             Cell::kItself};
 
 std::string colored(Cell cell) {
-  std::string symbol(1, static_cast<char>(cell));
-  switch (cell) {
-    case Cell::kProhibited:
-      return "\033[31m" + symbol + "\033[0m";
-    case Cell::kBlocked:
-      return "\033[33m" + symbol + "\033[0m";
-    case Cell::kNotInstalled:
-    case Cell::kItself:
-      return "\033[2m" + symbol + "\033[0m";
-    case Cell::kFree:
-      break;
-  }
-  return symbol;
+  const Look& look = look_of(cell);
+  return *look.ansi == '\0' ? std::string(1, look.symbol)
+                            : look.ansi + std::string(1, look.symbol) + "\033[0m";
 }
 
 /** The columns' addresses stand upright, one digit above the other. */
@@ -108,13 +95,13 @@ std::string draw(const Matrix& matrix, bool color) {
     text += "  " + address_text(row);
     for (const std::uint32_t column : matrix.shown) {
       const Cell c = cell(matrix.ports, row, column);
-      text += " " + (color ? colored(c) : std::string(1, static_cast<char>(c)));
+      text += " " + (color ? colored(c) : std::string(1, look_of(c).symbol));
     }
     const std::string more = label(row, matrix.ports[row]).substr(2);
     text += (more.empty() ? "" : " " + more) + "\n";
   }
   for (const Cell c : kLegend) {
-    text += std::string("  ") + static_cast<char>(c) + " " + state_name(c) + " ";
+    text += std::string("  ") + look_of(c).symbol + " " + look_of(c).name + " ";
   }
   text.back() = '\n';
   return text;
@@ -147,22 +134,6 @@ constexpr int kCellSize = 16;
 constexpr int kTitleHeight = 36;
 constexpr int kLegendPitch = 130;
 
-const char* fill(Cell cell) {
-  switch (cell) {
-    case Cell::kItself:
-      return "#d0d4da";
-    case Cell::kFree:
-      return "#ffffff";
-    case Cell::kProhibited:
-      return "#e8958c";
-    case Cell::kBlocked:
-      return "#f0b429";
-    case Cell::kNotInstalled:
-      return "#eef0f3";
-  }
-  return "#ffffff";
-}
-
 std::string attribute(const char* name, int value) {
   return std::string(" ") + name + "=\"" + std::to_string(value) + "\"";
 }
@@ -170,11 +141,11 @@ std::string attribute(const char* name, int value) {
 /** With the terminal's symbol too, for eyes and printers that see no colour. */
 void draw_cell(std::string& svg, Cell c, int x, int y, const std::string& title) {
   svg += "<g><title>" + title + "</title><rect" + attribute("x", x) + attribute("y", y) +
-         attribute("width", kCellSize) + attribute("height", kCellSize) + " fill=\"" + fill(c) +
-         "\" stroke=\"#b8bec8\"/>";
+         attribute("width", kCellSize) + attribute("height", kCellSize) + " fill=\"" +
+         look_of(c).fill + "\" stroke=\"#b8bec8\"/>";
   if (c != Cell::kFree) {
     svg += "<text class=\"s\"" + attribute("x", x + kCellSize / 2) + attribute("y", y + 12) + ">" +
-           static_cast<char>(c) + "</text>";
+           look_of(c).symbol + "</text>";
   }
   svg += "</g>\n";
 }
@@ -214,15 +185,15 @@ void draw_row(std::string& svg, const Matrix& matrix, const Place& place, std::s
     draw_cell(svg, c, place.left + static_cast<int>(column) * kCellSize,
               place.top + static_cast<int>(row) * kCellSize,
               address_text(matrix.shown[row]) + " with " + address_text(matrix.shown[column]) +
-                  ": " + state_name(c));
+                  ": " + look_of(c).name);
   }
 }
 
 void draw_legend(std::string& svg, int y) {
   int x = kCellSize;
   for (const Cell c : kLegend) {
-    draw_cell(svg, c, x, y, state_name(c));
-    svg += "<text" + attribute("x", x + 22) + attribute("y", y + 12) + ">" + state_name(c) +
+    draw_cell(svg, c, x, y, look_of(c).name);
+    svg += "<text" + attribute("x", x + 22) + attribute("y", y + 12) + ">" + look_of(c).name +
            "</text>\n";
     x += kLegendPitch;
   }
