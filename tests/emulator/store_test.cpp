@@ -189,6 +189,14 @@ TEST_CASE_FIXTURE(Served,
   CHECK(save() == 0);
 }
 
+TEST_CASE_FIXTURE(Served, "The startup configuration is written when it is saved, and then only") {
+  const std::string startup = directory.path("ficon.db.startup");
+  CHECK(be32_at(call(2, {}, 204), 0) == 0);
+  CHECK(std::filesystem::remove(startup));
+  call(1, hex("66 69 63 6f 6e") + zeros(27), 201);
+  CHECK_FALSE(std::filesystem::exists(startup));
+}
+
 TEST_CASE_FIXTURE(Served, "A request that nobody answers gets an empty reply") {
   CHECK(call(9999, hex("01 02 03")).empty());
 }
