@@ -151,6 +151,7 @@ TEST_CASE("A store that is in use is refused") {
 TEST_CASE_FIXTURE(Served, "A change that cannot be stored is refused and undone; reads go on") {
   call(1, hex("66 69 63 6f 6e") + zeros(27), 201);
   REQUIRE(host32_at(call(7853, ficon_state(20, 1, 1)), 120) == 0);
+  call(7874, lock_record(20, 1, 1), 103);
   sqlite3* other = nullptr;
   REQUIRE(sqlite3_open(directory.path("ficon.db").c_str(), &other) == SQLITE_OK);
   REQUIRE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) == SQLITE_OK);
@@ -162,6 +163,7 @@ TEST_CASE_FIXTURE(Served, "A change that cannot be stored is refused and undone;
   CHECK(tlv_status(replies[0].message.payload) == 0x40890009);
   CHECK(tlv_status(replies[1].message.payload) == 0);
   CHECK(replies[1].message.payload[140 + 12] == 0);
+  CHECK(call(7874, lock_record(20, 3, 0), 103)[13] == 1);  // the lock is held as before
 
   CHECK(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr) == SQLITE_OK);
   sqlite3_close(other);
@@ -199,4 +201,13 @@ TEST_CASE_FIXTURE(Served, "The startup configuration is written when it is saved
 
 TEST_CASE_FIXTURE(Served, "A request that nobody answers gets an empty reply") {
   CHECK(call(9999, hex("01 02 03")).empty());
+}
+
+TEST_CASE_FIXTURE(Served, "A request without a reply leaves the others of its turn theirs") {
+  service.apply(1, {8, 0xfe000000, 101, 7897, be32(0x7f) + be32(0) + hex("01") + zeros(4)});
+  service.apply(2, {9, 0xfe000000, 101, 7855, vsan_info(1, 20)});
+  const auto replies = service.finish_turn();
+  REQUIRE(replies.size() == 1);
+  CHECK(replies[0].to == 2);
+  CHECK(replies[0].message.token == 9);
 }
