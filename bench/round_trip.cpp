@@ -1,9 +1,11 @@
 /**
  * The round trip of ficon_cmi_get_vsan_info against the emulator beside a raw ping-pong of packets
- * of the same lengths, all processes on one core. Two mixed pairs between them show which side
- * costs what: the library against a bare answerer, and a bare client against the emulator.
+ * of the same lengths, all processes on one core. Between them, mixed pairs show which side costs
+ * what: the library against a bare answerer, and a bare client against an answerer that waits for
+ * many descriptors, as a daemon must, and against the emulator.
  */
 #include <signal.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -55,23 +57,29 @@ int connect_to(const std::string& path) {
   return fd;
 }
 
+enum class Waits { kInReceive, kInEpoll };
+
 /** Answers each packet with the same reply, under the request's token. */
-[[noreturn]] void answer(int fd, Packet reply) {
+[[noreturn]] void answer(int fd, Packet reply, Waits waits) {
+  const int epoll = epoll_create1(0);
+  epoll_event event{EPOLLIN, {}};
+  epoll_ctl(epoll, EPOLL_CTL_ADD, fd, &event);
   std::uint8_t request[4096];
-  while (recv(fd, request, sizeof request, 0) > 0) {
+  do {
+    if (waits == Waits::kInEpoll) epoll_wait(epoll, &event, 1, -1);
+    if (recv(fd, request, sizeof request, 0) <= 0) break;
     std::memcpy(reply.data() + kTokenOffset, request + kTokenOffset, 4);
-    send(fd, reply.data(), reply.size(), 0);
-  }
+  } while (send(fd, reply.data(), reply.size(), 0) > 0);
   _exit(0);
 }
 
 /** A process that answers; the client's descriptor. */
-int start_answerer(const Packet& reply) {
+int start_answerer(const Packet& reply, Waits waits = Waits::kInReceive) {
   int ends[2];
   socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends);
   if (fork() == 0) {
     close(ends[0]);
-    answer(ends[1], reply);
+    answer(ends[1], reply, waits);
   }
   close(ends[1]);
   return ends[0];
@@ -105,6 +113,7 @@ int main(int argc, char** argv) {
   send(raw_to_emulator, request.data(), request.size(), 0);
   const Packet reply = receive(raw_to_emulator);
   const int raw_to_answerer = start_answerer(reply);
+  const int raw_to_waiting = start_answerer(reply, Waits::kInEpoll);
   mts_handle_t answered = platform::open_handle("unix:none", start_answerer(reply));
 
   std::printf("round trip: request of %zu bytes, reply of %zu, one core\n", request.size(),
@@ -112,6 +121,9 @@ int main(int argc, char** argv) {
   std::vector<bench::Contender> contenders = {
       {"raw ping-pong", [&] { ping_pong(raw_to_answerer, request, reply.size()); }, {}},
       {"library, raw answerer", [&] { query(answered); }, {}},
+      {"raw client, answerer that waits in epoll",
+       [&] { ping_pong(raw_to_waiting, request, reply.size()); },
+       {}},
       {"raw client, emulator", [&] { ping_pong(raw_to_emulator, request, reply.size()); }, {}},
       {"library, emulator", [&] { query(handle); }, {}}};
   bench::measure(contenders, 200, 200);
