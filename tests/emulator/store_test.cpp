@@ -199,6 +199,19 @@ TEST_CASE_FIXTURE(Served, "The startup configuration is written when it is saved
   CHECK_FALSE(std::filesystem::exists(startup));
 }
 
+TEST_CASE_FIXTURE(Served, "A startup configuration holds the changes that were made before it") {
+  call(1, hex("66 69 63 6f 6e") + zeros(27), 201);
+  REQUIRE(host32_at(call(7853, ficon_state(20, 1, 1)), 120) == 0);
+  service.apply(1, {8, 0xfe000000, 101, 7865, vsan_config(1, 5, 20, 12, {1})});
+  service.apply(1, {9, 0xfe000000, 204, 2, {}});
+  REQUIRE(service.finish_turn().size() == 2);  // change and save in one turn
+  Service started(directory.path("ficon.db.startup"), {}, log);
+  started.apply(1, {1, 0xfe000000, 101, 7855, vsan_info(1, 20)});
+  const auto replies = started.finish_turn();
+  REQUIRE(replies.size() == 1);
+  CHECK(replies[0].message.payload[140 + 12] == 1);
+}
+
 TEST_CASE_FIXTURE(Served, "A request that nobody answers gets an empty reply") {
   CHECK(call(9999, hex("01 02 03")).empty());
 }
